@@ -6,6 +6,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <limits>
 
@@ -19,6 +20,11 @@ inline std::int64_t SystemMonotonicNs() {
     timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
     return static_cast<std::int64_t>(now.tv_sec) * kSecond + now.tv_nsec;
+}
+
+/// For a condition variable's timed wait.
+inline std::chrono::steady_clock::time_point RealPointAfter(std::int64_t ns) {
+    return std::chrono::steady_clock::now() + std::chrono::nanoseconds(ns);
 }
 
 class Clock {

@@ -1,72 +1,83 @@
-// A mutex, its scope and a condition variable that clang's analysis understands. Timed
-// waits are on the monotonic clock: a step of the wall clock neither fires nor stalls them.
+// A mutex that clang's thread-safety analysis understands: members say which lock
+// guards them, and a path that forgets the lock does not compile.
+//
+//     Mutex m_mutex;
+//     int m_count KELP_GUARDED_BY(m_mutex) = 0;
+//     ...
+//     MutexLock lock(m_mutex);
+//     ++m_count;
+//
+// thread-safe.
 #pragma once
 
-#include <pthread.h>
-#include <time.h>
+#include <condition_variable>
+#include <mutex>
 
-#include <cstdint>
+#if defined(__clang__)
+#define KELP_ANNOTATION(x) __attribute__((x))
+#else
+#define KELP_ANNOTATION(x)
+#endif
 
-#include "base/thread_annotations.h"
+#define KELP_CAPABILITY(name) KELP_ANNOTATION(capability(name))
+#define KELP_SCOPED_CAPABILITY KELP_ANNOTATION(scoped_lockable)
+#define KELP_GUARDED_BY(mutex) KELP_ANNOTATION(guarded_by(mutex))
+#define KELP_REQUIRES(...) KELP_ANNOTATION(requires_capability(__VA_ARGS__))
+#define KELP_EXCLUDES(...) KELP_ANNOTATION(locks_excluded(__VA_ARGS__))
+#define KELP_ACQUIRE(...) KELP_ANNOTATION(acquire_capability(__VA_ARGS__))
+#define KELP_RELEASE(...) KELP_ANNOTATION(release_capability(__VA_ARGS__))
+#define KELP_ACQUIRED_BEFORE(...) KELP_ANNOTATION(acquired_before(__VA_ARGS__))
+// For what the analysis cannot follow, such as locks held across fork().
+#define KELP_UNCHECKED_LOCKS KELP_ANNOTATION(no_thread_safety_analysis)
 
-namespace kelp::base {
+namespace kelp {
 
 class KELP_CAPABILITY("mutex") Mutex {
   public:
     Mutex() = default;
-    ~Mutex() { pthread_mutex_destroy(&native_); }
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
-    void Lock() KELP_ACQUIRE() { pthread_mutex_lock(&native_); }
-    void Unlock() KELP_RELEASE() { pthread_mutex_unlock(&native_); }
-    bool TryLock() KELP_TRY_ACQUIRE(true) { return pthread_mutex_trylock(&native_) == 0; }
+    void Lock() KELP_ACQUIRE() { m_mutex.lock(); }
+    void Unlock() KELP_RELEASE() { m_mutex.unlock(); }
 
   private:
     friend class CondVar;
-    pthread_mutex_t native_ = PTHREAD_MUTEX_INITIALIZER;
+    std::mutex m_mutex;
 };
 
 class KELP_SCOPED_CAPABILITY MutexLock {
   public:
-    explicit MutexLock(Mutex& mutex) KELP_ACQUIRE(mutex) : mutex_(mutex) { mutex_.Lock(); }
-    ~MutexLock() KELP_RELEASE() { mutex_.Unlock(); }
+    explicit MutexLock(Mutex& mutex) KELP_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.Lock(); }
+    ~MutexLock() KELP_RELEASE() { m_mutex.Unlock(); }
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
 
   private:
-    Mutex& mutex_;
+    Mutex& m_mutex;
 };
 
 class CondVar {
   public:
-    CondVar() {
-        pthread_condattr_t attributes;
-        pthread_condattr_init(&attributes);
-        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-        pthread_cond_init(&native_, &attributes);
-        pthread_condattr_destroy(&attributes);
+    // Wakes up spuriously, so call it in a loop over the condition.
+    void Wait(Mutex& mutex) KELP_REQUIRES(mutex) {
+        std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);
+        m_changed.wait(lock);
+        lock.release();
     }
-    ~CondVar() { pthread_cond_destroy(&native_); }
-    CondVar(const CondVar&) = delete;
-    CondVar& operator=(const CondVar&) = delete;
-
-    void Wait(Mutex& mutex) KELP_REQUIRES(mutex) { pthread_cond_wait(&native_, &mutex.native_); }
-
-    /// Waits until woken, spuriously too, or until the system's monotonic clock shows
-    /// `until_ns`.
-    void WaitUntil(Mutex& mutex, std::int64_t until_ns) KELP_REQUIRES(mutex) {
-        timespec until;
-        until.tv_sec = static_cast<time_t>(until_ns / 1000000000);
-        until.tv_nsec = static_cast<long>(until_ns % 1000000000);
-        pthread_cond_timedwait(&native_, &mutex.native_, &until);
+    // False when `deadline` (of a monotonic clock) has passed.
+    template <typename TimePoint>
+    bool WaitUntil(Mutex& mutex, TimePoint deadline) KELP_REQUIRES(mutex) {
+        std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);
+        const bool in_time = m_changed.wait_until(lock, deadline) == std::cv_status::no_timeout;
+        lock.release();
+        return in_time;
     }
-
-    void Signal() { pthread_cond_signal(&native_); }
-    void Broadcast() { pthread_cond_broadcast(&native_); }
+    void NotifyOne() { m_changed.notify_one(); }
+    void NotifyAll() { m_changed.notify_all(); }
 
   private:
-    pthread_cond_t native_;
+    std::condition_variable m_changed;
 };
 
-}  // namespace kelp::base
+}  // namespace kelp

@@ -50,7 +50,7 @@ bool Bus::Start(std::string& why) {
         return false;
     }
     if (options_.listen) {
-        base::MutexLock lock(accept_mutex_);
+        MutexLock lock(accept_mutex_);
         if (!PrepareRunDir(options_.run_dir, why) ||
             !listening_.Open(options_.run_dir, options_.identity.proc_id,
                              options_.identity.proc_handle, why)) {
@@ -179,7 +179,7 @@ void Bus::DeliverLocal(MsgPtr msg) {
 Bus::ConnectionRef Bus::ConnectionTo(std::uint16_t proc_id, std::uint16_t handle,
                                      std::uint32_t& code) {
     {
-        base::MutexLock lock(mutex_);
+        MutexLock lock(mutex_);
         const auto found = by_target_.find(TargetKey(proc_id, handle));
         if (found != by_target_.end()) {
             return found->second;
@@ -192,7 +192,7 @@ Bus::ConnectionRef Bus::ConnectionTo(std::uint16_t proc_id, std::uint16_t handle
     for (const std::uint16_t running : HandlesOf(options_.run_dir, proc_id)) {
         ConnectionRef connection = Connect(proc_id, running, code);
         if (connection) {
-            base::MutexLock lock(mutex_);
+            MutexLock lock(mutex_);
             const auto known = known_.find(connection->id());
             if (known != known_.end()) {
                 by_target_[TargetKey(proc_id, 0)] = connection;
@@ -206,7 +206,7 @@ Bus::ConnectionRef Bus::ConnectionTo(std::uint16_t proc_id, std::uint16_t handle
 Bus::ConnectionRef Bus::Connect(std::uint16_t proc_id, std::uint16_t handle, std::uint32_t& code) {
     const std::uint32_t target = TargetKey(proc_id, handle);
     {
-        base::MutexLock lock(mutex_);
+        MutexLock lock(mutex_);
         const auto found = by_target_.find(target);
         if (found != by_target_.end()) {
             return found->second;
@@ -255,7 +255,7 @@ Bus::ConnectionRef Bus::AddConnection(base::UniqueFd fd, std::string peer, bool 
                                       std::uint32_t target) {
     ConnectionRef connection;
     {
-        base::MutexLock lock(mutex_);
+        MutexLock lock(mutex_);
         if (!accepted) {
             const auto found = by_target_.find(target);
             if (found != by_target_.end()) {
@@ -287,14 +287,14 @@ Bus::ConnectionRef Bus::AddConnection(base::UniqueFd fd, std::string peer, bool 
 }
 
 void Bus::ForgetTarget(const Connection& connection) {
-    base::MutexLock lock(mutex_);
+    MutexLock lock(mutex_);
     for (auto at = by_target_.begin(); at != by_target_.end();) {
         at = at->second.get() == &connection ? by_target_.erase(at) : std::next(at);
     }
 }
 
 std::vector<Bus::ConnectionRef> Bus::AllConnections() {
-    base::MutexLock lock(mutex_);
+    MutexLock lock(mutex_);
     std::vector<ConnectionRef> all;
     all.reserve(known_.size());
     for (const auto& [id, known] : known_) {
@@ -310,7 +310,7 @@ void Bus::OnEvent(std::uint64_t id, std::uint32_t events) noexcept {
     }
     ConnectionRef connection;
     {
-        base::MutexLock lock(mutex_);
+        MutexLock lock(mutex_);
         const auto found = known_.find(id);
         if (found != known_.end()) {
             connection = found->second.connection;
@@ -336,7 +336,7 @@ void Bus::OnEnd(Connection& ended, const char* fault,
     ForgetTarget(ended);
     ConnectionRef last;
     {
-        base::MutexLock lock(mutex_);
+        MutexLock lock(mutex_);
         const auto found = known_.find(ended.id());
         if (found != known_.end()) {
             accepted_ -= found->second.accepted ? 1 : 0;
@@ -367,7 +367,7 @@ void Bus::OnEnd(Connection& ended, const char* fault,
 }
 
 void Bus::Accept() noexcept {
-    base::MutexLock lock(accept_mutex_);
+    MutexLock lock(accept_mutex_);
     while (listening_.fd() >= 0) {
         base::UniqueFd fd(
             ::accept4(listening_.fd(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
@@ -427,7 +427,7 @@ void Bus::OnTimer(long) noexcept {
 
 void Bus::StopAccepting() {
     timers_.CancelAll(this);
-    base::MutexLock lock(accept_mutex_);
+    MutexLock lock(accept_mutex_);
     if (listening_.fd() >= 0) {
         poller_.Remove(listening_.fd());
     }

@@ -112,11 +112,11 @@ class Bus final : public PollHandler, private ConnectionOwner, private TimerTarg
     std::atomic<bool> stopping_{false};
     std::thread thread_;  // of who starts and stops the bus
 
-    base::Mutex accept_mutex_;
+    Mutex accept_mutex_;
     ListeningSocket listening_ KELP_GUARDED_BY(accept_mutex_);
     base::UniqueFd spare_fd_ KELP_GUARDED_BY(accept_mutex_);
 
-    base::Mutex mutex_;
+    Mutex mutex_;
     struct Known {
         ConnectionRef connection;
         bool accepted = false;

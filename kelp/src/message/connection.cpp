@@ -44,7 +44,7 @@ bool Connection::Join() {
 
 std::uint32_t Connection::Send(MsgPtr& msg) {
     const std::size_t octets = WireOctets(msg.get());
-    base::MutexLock lock(write_mutex_);
+    MutexLock lock(write_mutex_);
     if (ended_) {
         return KELP_MSG_PEER_CLOSED;
     }
@@ -86,7 +86,7 @@ std::uint32_t Connection::Send(MsgPtr& msg) {
 }
 
 void Connection::Flush() {
-    base::MutexLock lock(write_mutex_);
+    MutexLock lock(write_mutex_);
     while (!queue_.empty()) {
         const CmdMSG* msg = queue_[0].get();
         const std::size_t left = WireOctets(msg) - front_sent_;
@@ -148,7 +148,7 @@ void Connection::ReadTurns(bool to_the_end) noexcept {
 const char* Connection::Read(bool to_the_end) {
     const auto give = [this](MsgPtr msg) {
         if ((msg->flags & KELP_MSG_REPLY) != 0) {
-            base::MutexLock lock(write_mutex_);
+            MutexLock lock(write_mutex_);
             outstanding_.Remove(*msg);
         }
         owner_.OnMessage(*this, std::move(msg));
@@ -203,7 +203,7 @@ void Connection::End(const char* fault) noexcept {
     std::vector<OutstandingRequest> lost;
     base::Ring<MsgPtr> unsent;
     {
-        base::MutexLock lock(write_mutex_);
+        MutexLock lock(write_mutex_);
         ended_ = true;
         lost = outstanding_.TakeAll();
         std::swap(unsent, queue_);
@@ -216,17 +216,17 @@ void Connection::End(const char* fault) noexcept {
 }
 
 std::size_t Connection::QueuedOctets() {
-    base::MutexLock lock(write_mutex_);
+    MutexLock lock(write_mutex_);
     return queued_octets_;
 }
 
 std::size_t Connection::OutstandingCount() {
-    base::MutexLock lock(write_mutex_);
+    MutexLock lock(write_mutex_);
     return outstanding_.Count();
 }
 
 bool Connection::HoldsSerial(std::uint32_t serial) {
-    base::MutexLock lock(write_mutex_);
+    MutexLock lock(write_mutex_);
     return outstanding_.Holds(serial);
 }
 

@@ -104,7 +104,7 @@ class Connection final : public base::Counted {
     std::atomic<std::int64_t> midway_since_{0};
     std::atomic<const char*> abort_fault_{nullptr};
 
-    base::Mutex write_mutex_;
+    Mutex write_mutex_;
     bool ended_ KELP_GUARDED_BY(write_mutex_) = false;
     bool waits_for_room_ KELP_GUARDED_BY(write_mutex_) = false;
     base::Ring<MsgPtr> queue_ KELP_GUARDED_BY(write_mutex_);

@@ -3,7 +3,7 @@
 namespace kelp::message {
 
 long TimerThread::Arm(TimerTarget* target, std::int64_t interval_ns) {
-    base::MutexLock lock(mutex_);
+    MutexLock lock(mutex_);
     if (stopped_) {
         return -1;
     }
@@ -15,12 +15,12 @@ long TimerThread::Arm(TimerTarget* target, std::int64_t interval_ns) {
     const std::int64_t due = clock_.After(interval_ns);
     timers_.emplace(id, Timer{target, due, interval_ns});
     due_.emplace(due, id);
-    changed_.Signal();
+    changed_.NotifyOne();
     return id;
 }
 
 bool TimerThread::Cancel(long id) {
-    base::MutexLock lock(mutex_);
+    MutexLock lock(mutex_);
     const auto found = timers_.find(id);
     if (found == timers_.end()) {
         return false;
@@ -31,7 +31,7 @@ bool TimerThread::Cancel(long id) {
 }
 
 void TimerThread::CancelAll(const TimerTarget* target) {
-    base::MutexLock lock(mutex_);
+    MutexLock lock(mutex_);
     for (auto at = timers_.begin(); at != timers_.end();) {
         if (at->second.target == target) {
             due_.erase({at->second.due, at->first});
@@ -45,12 +45,12 @@ void TimerThread::CancelAll(const TimerTarget* target) {
 void TimerThread::Stop() {
     std::thread ended;
     {
-        base::MutexLock lock(mutex_);
+        MutexLock lock(mutex_);
         stopped_ = true;
         timers_.clear();
         due_.clear();
         ended.swap(thread_);
-        changed_.Signal();
+        changed_.NotifyOne();
     }
     if (ended.joinable()) {
         ended.join();
@@ -58,7 +58,7 @@ void TimerThread::Stop() {
 }
 
 void TimerThread::Run() {
-    base::MutexLock lock(mutex_);
+    MutexLock lock(mutex_);
     while (!stopped_) {
         const std::int64_t now = clock_.Now();
         if (due_.empty() || due_.begin()->first > now) {
@@ -67,7 +67,7 @@ void TimerThread::Run() {
             if (slice == base::kNever) {
                 changed_.Wait(mutex_);
             } else {
-                changed_.WaitUntil(mutex_, base::SystemMonotonicNs() + slice);
+                changed_.WaitUntil(mutex_, base::RealPointAfter(slice));
             }
             continue;
         }

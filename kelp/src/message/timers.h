@@ -52,8 +52,8 @@ class TimerThread {
     void Run();
 
     const base::Clock clock_;
-    base::Mutex mutex_;
-    base::CondVar changed_;
+    Mutex mutex_;
+    CondVar changed_;
     std::map<long, Timer> timers_ KELP_GUARDED_BY(mutex_);
     std::set<std::pair<std::int64_t, long>> due_ KELP_GUARDED_BY(mutex_);
     long last_id_ KELP_GUARDED_BY(mutex_) = 0;

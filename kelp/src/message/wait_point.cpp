@@ -8,7 +8,7 @@ thread_local const WaitPoint* t_seated_for = nullptr;
 
 }  // namespace
 
-void WaitPoint::Wait(base::Mutex& mutex, std::int64_t slice_ns) {
+void WaitPoint::Wait(Mutex& mutex, std::int64_t slice_ns) {
     if (vain_polls_ < kVainPolls && poller_.TakeSeat()) {
         in_seat_ = true;
         served_ = false;
@@ -27,7 +27,7 @@ void WaitPoint::Wait(base::Mutex& mutex, std::int64_t slice_ns) {
     if (slice_ns == base::kNever) {
         awake_.Wait(mutex);
     } else {
-        awake_.WaitUntil(mutex, base::SystemMonotonicNs() + slice_ns);
+        awake_.WaitUntil(mutex, base::RealPointAfter(slice_ns));
     }
     --asleep_;
     wake_sent_ = false;
@@ -39,7 +39,7 @@ void WaitPoint::WakeOne() {
     } else if (asleep_ > 0) {
         if (!wake_sent_) {
             wake_sent_ = true;
-            awake_.Signal();
+            awake_.NotifyOne();
         }
     } else if (in_seat_) {
         poller_.Wake();
@@ -47,7 +47,7 @@ void WaitPoint::WakeOne() {
 }
 
 void WaitPoint::WakeAll() {
-    awake_.Broadcast();
+    awake_.NotifyAll();
     if (in_seat_) {
         poller_.Wake();
     }

@@ -23,7 +23,7 @@ class WaitPoint {
 
     /// Blocks up to `slice_ns` (kNever: without end) or until woken; the caller then looks
     /// at its queue and at the clock. `mutex` is released meanwhile.
-    void Wait(base::Mutex& mutex, std::int64_t slice_ns) KELP_REQUIRES(mutex);
+    void Wait(Mutex& mutex, std::int64_t slice_ns) KELP_REQUIRES(mutex);
 
     /// REQUIRES: the queue's mutex is held.
     void WakeOne();
@@ -33,7 +33,7 @@ class WaitPoint {
     static constexpr int kVainPolls = 4;
 
     Poller& poller_;
-    base::CondVar awake_;
+    CondVar awake_;
     int asleep_ = 0;
     bool wake_sent_ = false;
     bool in_seat_ = false;
