@@ -31,10 +31,14 @@ class DoomedNodes {
         first_ = node;
     }
 
-    // From behind, so that blocks are handed out again in the order they had.
     void AddList(std::vector<CParaSet*>& list) noexcept {
-        for (auto child = list.rbegin(); child != list.rend(); ++child) {
-            Add(*child);
+        constexpr std::size_t kAhead = 8;
+        for (std::size_t i = list.size(); i != 0; --i) {
+            if (i > kAhead && list[i - 1 - kAhead] != nullptr) {
+                __builtin_prefetch(list[i - 1 - kAhead]);
+                NodeAccess::Prefetch(list[i - 1 - kAhead]);
+            }
+            Add(list[i - 1]);
         }
         list.clear();
     }
