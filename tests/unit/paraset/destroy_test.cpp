@@ -98,6 +98,22 @@ TEST(RemoveAndClearByName, TakeTheExactKey) {
     }
 }
 
+// A std::string is passed on as characters: its key ends at the first zero octet.
+TEST(RemoveAndClearByName, TakeAStringUpToItsFirstZero) {
+    const std::string name("a\0b", 3);
+    CParaSet p("p");
+    p["a"] = 1;
+    p.GetMapValue()[name] = new CParaSet("unreachable", 2);
+    EXPECT_EQ(&p[name], p.find("a"));
+    EXPECT_EQ(p.find(name), p.find("a"));
+    EXPECT_EQ(p.GetIndexByName(name), 0);
+    EXPECT_TRUE(p.clear(name));
+    EXPECT_FALSE(p.clear(name));
+    EXPECT_TRUE(p.remove(name));
+    EXPECT_FALSE(p.remove(name));
+    EXPECT_EQ(p.GetMapValue().count(name), 1U);
+}
+
 TEST(RemoveByName, LeavesTheTypeWhenNoChildIsLeft) {
     CParaSet p("p");
     p["a.b.c"] = 1;

@@ -27,7 +27,9 @@ TEST(HostileRecords, NamesOfOneLevelStayOnThatLevel) {
     }
     CParaSet root("root");
     EXPECT_EQ(root.CommonRspAsn2Para(response), 0);
-    EXPECT_EQ(Shape(root), "");
+    EXPECT_EQ(Shape(root),
+              "{##TableCount: 2, ##retCode: 0, .: {##RowCount: 1, a.b[1].c: 1}, "
+              "a.b[1].c: {##RowCount: 1, a.b[1].c: 0}}");
 }
 
 TEST(HostileRecords, AMillionDotsInAName) {
