@@ -146,7 +146,6 @@ const Case kCases[] = {
          AsnCommonRequest request;
          t["##ResID"] = t["resource"];
          t["##TableCount"] = 2;
-         t["list"].GetVctValue().clear();
          t.Para2CommonReqAsn(request);
      },
      false},
