@@ -64,6 +64,12 @@ TEST(TableDecoder, ReadsOneRowAsScalars) {
              AppendRow(t, {""});
          },
          "{##RowCount: 1, s: \"\"}"},
+        {"zero octets are kept",
+         [](AsnTable& t) {
+             AddColumn(t, "s", 4);
+             AppendRow(t, {std::string("a\0b", 3)});
+         },
+         "{##RowCount: 1, s: \"a\\0b\"}"},
         {"low 32 bits",
          [](AsnTable& t) {
              AddColumn(t, "a", 2);
@@ -154,6 +160,13 @@ TEST(TableDecoder, ReadsSeveralRowsAsArrays) {
              AppendRow(t, {8, "y", 3.5});
          },
          "{##RowCount: 2, d: [2.5d, 3.5d], i: [7, 8], s: [\"x\", \"y\"]}"},
+        {"zero octets are kept",
+         [](AsnTable& t) {
+             AddColumn(t, "s", 4);
+             AppendRow(t, {std::string("a\0b", 3)});
+             AppendRow(t, {std::string(1, '\0')});
+         },
+         "{##RowCount: 2, s: [\"a\\0b\", \"\\0\"]}"},
         {"absent values leave null slots, or none at the end",
          [](AsnTable& t) {
              AddColumn(t, "a", 2);
