@@ -276,6 +276,8 @@ class FRAMEUTIL_API CParaSet {
     int Para2CommonRspAsn(AsnCommonResponse& response);
     /// The way back. A single table goes into the root, or, if it has a name, into the
     /// child of that name; of several, those without a name become "tab0", "tab1", ...
+    /// A table that is nearly all gaps (rows much shorter than its columns, tens of
+    /// thousands of values missing) is left out, with a warning in the log.
     int CommonReqAsn2Para(const AsnCommonRequest& request);
     /// The same, but that a single table goes into the root whatever its name.
     int CommonRspAsn2Para(const AsnCommonResponse& response);
