@@ -25,7 +25,9 @@ std::string LongPath(int components) {
     return path;
 }
 
-void DeepStructure(CParaSet& root) { root[LongPath(kLevels)] = 7; }
+void DeepStructure(CParaSet& root) {
+    root[LongPath(kLevels)] = 7;
+}
 
 void DeepArray(CParaSet& root) {
     CParaSet* node = &root;

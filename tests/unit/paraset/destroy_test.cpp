@@ -72,7 +72,7 @@ TEST(RemoveAndClearByName, TakeTheExactKey) {
         const char* name;
         bool found;
     } rows[] = {
-        {"a", true},  {"a.b", false}, {"a.", false}, {"", true},    {".", false},
+        {"a", true},  {"a.b", false}, {"a.", false},      {"", true},     {".", false},
         {"A", false}, {"list", true}, {"list[0]", false}, {"a[1]", true}, {"nothing", false},
     };
     for (const auto& row : rows) {

@@ -96,7 +96,8 @@ TEST(RequestFromTree, CarriesTheTablesThatTheCountAnnounces) {
         void (*fill)(CParaSet&);
         const char* tables;
     } rows[] = {
-        {"no count leaves the list", [](CParaSet& r) { r["a"]["##RowCount"] = 1; }, "old (a:2) [9]"},
+        {"no count leaves the list", [](CParaSet& r) { r["a"]["##RowCount"] = 1; },
+         "old (a:2) [9]"},
         {"a count without a child leaves it",
          [](CParaSet& r) { r["##TableCount"] = 1, r.clear("##TableCount"); }, "old (a:2) [9]"},
         {"count 0 clears it", [](CParaSet& r) { r["##TableCount"] = 0; }, ""},
@@ -123,7 +124,8 @@ TEST(RequestFromTree, CarriesTheTablesThatTheCountAnnounces) {
          "(a:2, b:4) [0, \"x\"] [1, \"x\"] [2, \"x\"]"},
         {"one, without a row count: an empty table",
          [](CParaSet& r) { r["##TableCount"] = 1, r["a"] = 1; }, ""},
-        {"one, as text", [](CParaSet& r) { r["##TableCount"] = "1", r["##RowCount"] = 1; }, "() []"},
+        {"one, as text", [](CParaSet& r) { r["##TableCount"] = "1", r["##RowCount"] = 1; },
+         "() []"},
         {"two: the children that are no headers, in key order",
          [](CParaSet& r) {
              r["##TableCount"] = 2;

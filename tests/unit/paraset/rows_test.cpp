@@ -31,8 +31,7 @@ TEST_F(Rows, AddRowMakesAColumnForEachChild) {
 TEST_F(Rows, AddRowBehindTheLastLeavesNullCells) {
     table.AddRow(0, row);
     EXPECT_EQ(table.AddRow(3, row).asInt(), 2);
-    EXPECT_EQ(Shape(table),
-              "{##RowCount: 2, id: [7, -, -, 7], name: [\"eth0\", -, -, \"eth0\"]}");
+    EXPECT_EQ(Shape(table), "{##RowCount: 2, id: [7, -, -, 7], name: [\"eth0\", -, -, \"eth0\"]}");
 }
 
 TEST_F(Rows, AddRowIntoAnEmptyTableStillCountsOne) {
@@ -56,9 +55,12 @@ TEST_F(Rows, ThreeReservedNamesAreNoColumns) {
         const char* name;
         bool column;
     } rows[] = {
-        {"##RowCount", false}, {"##TableCount", false}, {"##retCode", false}, {"##retCodeEx", true},
-        {"##ver", true},       {"##UserID", true},      {"##ResID", true},    {"##rowCount", true},
-        {"#", true},           {"", true},              {"##RowCount2", true},
+        {"##RowCount", false}, {"##TableCount", false},
+        {"##retCode", false},  {"##retCodeEx", true},
+        {"##ver", true},       {"##UserID", true},
+        {"##ResID", true},     {"##rowCount", true},
+        {"#", true},           {"", true},
+        {"##RowCount2", true},
     };
     for (const auto& reserved : rows) {
         SCOPED_TRACE(reserved.name);
@@ -67,8 +69,8 @@ TEST_F(Rows, ThreeReservedNamesAreNoColumns) {
         CParaSet t("t");
         EXPECT_EQ(t.AddRow(0, one).asInt(), 1);
         const auto column = t.GetMapValue().find(reserved.name);
-        const bool made = column != t.GetMapValue().end() &&
-                          column->second->type() == CParaSet::PARA_ARRAY;
+        const bool made =
+            column != t.GetMapValue().end() && column->second->type() == CParaSet::PARA_ARRAY;
         EXPECT_EQ(made, reserved.column);
 
         CParaSet source("t");
@@ -117,13 +119,34 @@ TEST_F(Rows, AddRowReportsWhatTheTreeReports) {
     EXPECT_EQ(Shape(list), "[1]");
 }
 
-TEST_F(Rows, AddRowTakesAnEntryWithoutAChildForAnEmptyCell) {
+TEST_F(Rows, AddRowOfAnEntryWithoutAChildLeavesTheCell) {
     row["gone"];
+    row["new"];
     row.clear("gone");
+    row.clear("new");
     table["gone"][0] = 1;
     table.AddRow(0, row);
-    EXPECT_EQ(table.find("id[0]")->asInt(), 7);
-    EXPECT_EQ(table.GetRowCount(), 1);
+    EXPECT_EQ(Shape(table), "{##RowCount: 1, gone: [1], id: [7], name: [\"eth0\"], new: [null]}");
+}
+
+// Columns are reached by name access, so a key with a dot is a path there; in what the
+// table already holds, each entry is a column.
+TEST_F(Rows, AddRowTakesAKeyWithADotForAPath) {
+    CParaSet dotted("row");
+    dotted.SetType(CParaSet::PARA_STRUCT);
+    dotted.GetMapValue()["a.b"] = new CParaSet("a.b", 1);
+    table.AddRow(0, dotted);
+    EXPECT_EQ(Shape(table), "{##RowCount: 1, a: {b: [1]}}");
+
+    CParaSet held("table");
+    held.SetType(CParaSet::PARA_STRUCT);
+    held.GetMapValue()["a.b"] = new CParaSet("a.b");
+    (*held.GetMapValue()["a.b"])[1] = 5;
+    CParaSet read("read");
+    held.GetRow(1, read);
+    EXPECT_EQ(Shape(read), "{a: {b(root): 5}}");
+    held.DelRow(1);
+    EXPECT_EQ(held.GetMapValue()["a.b"]->count(), 1);
 }
 
 // The row set may be the table itself or part of it.

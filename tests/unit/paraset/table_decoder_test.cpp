@@ -79,8 +79,13 @@ TEST(TableDecoder, ReadsOneRowAsScalars) {
          "{##RowCount: 1, a: 5, b: -1}"},
         {"every other type code reads an integer",
          [](AsnTable& t) {
-             for (const auto& [name, type] : {std::pair("a", 0), {"b", 1}, {"c", 5}, {"d", 48},
-                                              {"e", 257}, {"f", -1}, {"g", INT_MAX}}) {
+             for (const auto& [name, type] : {std::pair("a", 0),
+                                              {"b", 1},
+                                              {"c", 5},
+                                              {"d", 48},
+                                              {"e", 257},
+                                              {"f", -1},
+                                              {"g", INT_MAX}}) {
                  AddColumn(t, name, type);
              }
              AppendRow(t, {1, 2, 3, 4, 5, 6, 7});

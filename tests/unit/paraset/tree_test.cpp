@@ -173,9 +173,9 @@ TEST(IndexAccess, MakesAnArrayOfANodeWithoutValue) {
 }
 
 TEST(IndexAccess, OfAScalarIsTheScalar) {
-    for (const auto type : {CParaSet::PARA_DOUBLE, CParaSet::PARA_INT, CParaSet::PARA_STRING,
-                            CParaSet::PARA_RESERVED, CParaSet::PARA_RESID,
-                            static_cast<CParaSet::ValueType>(99)}) {
+    for (const auto type :
+         {CParaSet::PARA_DOUBLE, CParaSet::PARA_INT, CParaSet::PARA_STRING, CParaSet::PARA_RESERVED,
+          CParaSet::PARA_RESID, static_cast<CParaSet::ValueType>(99)}) {
         SCOPED_TRACE(type);
         CParaSet p("p", 3);
         p.SetType(type);
@@ -215,10 +215,10 @@ TEST(IndexAccess, ReportsABadIndex) {
         int index;
         int code;
     } rows[] = {
-        {"structure, last", five, 4, 0},          {"structure, behind the last", five, 5, -2},
+        {"structure, last", five, 4, 0},           {"structure, behind the last", five, 5, -2},
         {"structure, largest", five, INT_MAX, -2}, {"structure, negative", five, -1, -1},
-        {"empty structure", empty, 0, -2},        {"array, negative", list, -1, -1},
-        {"array, smallest", list, INT_MIN, -1},   {"null, negative", null, -1, -1},
+        {"empty structure", empty, 0, -2},         {"array, negative", list, -1, -1},
+        {"array, smallest", list, INT_MIN, -1},    {"null, negative", null, -1, -1},
         {"scalar, negative", number, -1, -1},
     };
     for (const auto& row : rows) {
@@ -253,8 +253,8 @@ TEST(GetIndexByName, CountsKeysUpToTheNameBeforeTheFirstDot) {
         const char* name;
         int index;
     } rows[] = {
-        {"", 0},  {"a", 1},     {"a[1]", 2}, {"b", 3},   {"c", 4},   {"d", -1},   {"a.b", 1},
-        {".", 0}, {".a", 0},    {"b.", 3},   {"d.a", -1}, {"A", -1}, {"a[0]", -1}, {"a[1].x", 2},
+        {"", 0},  {"a", 1},  {"a[1]", 2}, {"b", 3},    {"c", 4},  {"d", -1},    {"a.b", 1},
+        {".", 0}, {".a", 0}, {"b.", 3},   {"d.a", -1}, {"A", -1}, {"a[0]", -1}, {"a[1].x", 2},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
