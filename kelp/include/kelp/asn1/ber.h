@@ -3,6 +3,7 @@
 // Thread rule: thread-compatible.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -151,6 +152,14 @@ class KELP_API AsnReader {
             return first;
         }
         return ReadLongIdentifier();
+    }
+
+    /// For how many elements a list of `count` makes room when the identifier of one more
+    /// has just been read: for no more than the octets left can hold, two each, and
+    /// where an indefinite length may end much sooner, for half as many as there are.
+    std::size_t RoomForElements(std::size_t count) const {
+        const std::size_t most = (Left() + 1) / 2;
+        return indefinite_ ? std::min(most, count / 2) : most;
     }
 
     /// Reads a length and checks a definite one against the octets that are left.
