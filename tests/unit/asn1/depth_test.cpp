@@ -2,12 +2,14 @@
 // is refused, and so are a hundred thousand, at the same octet.
 #include <gtest/gtest.h>
 
+#include "support/asn1_coding.h"
 #include "support/small_stack.h"
-#include "unit/asn1/coding.h"
 #include "unit/asn1/shapes.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 constexpr std::size_t kStack = 256 * 1024;
 
