@@ -31,10 +31,14 @@ class DoomedNodes {
         first_ = node;
     }
 
-    // From behind, so that blocks are handed out again in the order they had.
     void AddList(std::vector<CParaSet*>& list) noexcept {
-        for (auto child = list.rbegin(); child != list.rend(); ++child) {
-            Add(*child);
+        constexpr std::size_t kAhead = 8;
+        for (std::size_t i = list.size(); i != 0; --i) {
+            if (i > kAhead && list[i - 1 - kAhead] != nullptr) {
+                __builtin_prefetch(list[i - 1 - kAhead]);
+                NodeAccess::Prefetch(list[i - 1 - kAhead]);
+            }
+            Add(list[i - 1]);
         }
         list.clear();
     }
@@ -98,7 +102,7 @@ void CParaSet::clear() {
     m_pImpl->m_iValType = PARA_NULL;
 }
 
-bool CParaSet::clear(const std::string& name) {
+bool CParaSet::clear(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end() || entry->second == nullptr) {
         return false;
@@ -108,8 +112,8 @@ bool CParaSet::clear(const std::string& name) {
     return true;
 }
 
-bool CParaSet::clear(const char* name) {
-    return clear(std::string(name));
+bool CParaSet::clear(const std::string& name) {
+    return clear(name.c_str());
 }
 
 bool CParaSet::remove(int index) {
@@ -152,7 +156,7 @@ bool CParaSet::remove(int index) {
     return false;
 }
 
-bool CParaSet::remove(const std::string& name) {
+bool CParaSet::remove(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end()) {
         return false;
@@ -163,8 +167,8 @@ bool CParaSet::remove(const std::string& name) {
     return true;
 }
 
-bool CParaSet::remove(const char* name) {
-    return remove(std::string(name));
+bool CParaSet::remove(const std::string& name) {
+    return remove(name.c_str());
 }
 
 }  // namespace FrameUtil

@@ -54,6 +54,15 @@ struct NodeAccess {
     /// The same for all children of `node`, unlinked ones included.
     static void DestroyChildren(CParaSet& node) noexcept;
 
+    /// Asks the processor to fetch a node that will be read soon. Children lie in blocks
+    /// of four cache lines; the first holds what only structures and arrays need.
+    [[gnu::always_inline]] static void Prefetch(const CParaSet* node) {
+        const char* line = reinterpret_cast<const char*>(node);
+        __builtin_prefetch(line + 64);
+        __builtin_prefetch(line + 128);
+        __builtin_prefetch(line + 192);
+    }
+
     /// The child whose key is exactly `key`; null when it is not there or its entry is
     /// empty.
     static CParaSet* Child(const CParaSet& node, const std::string& key);
