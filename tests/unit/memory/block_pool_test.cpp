@@ -22,43 +22,29 @@ std::unique_ptr<BlockPool> PoolOf(std::size_t size) {
     return pool;
 }
 
-std::vector<FreeBlockLink*> Blocks(FreeBlockLink* list) {
-    std::vector<FreeBlockLink*> blocks;
-    for (; list != nullptr; list = list->next) {
-        blocks.push_back(list);
-    }
+std::vector<void*> TakeMany(BlockPool& pool, unsigned wanted) {
+    std::vector<void*> blocks(wanted);
+    blocks.resize(pool.Take(blocks.data(), wanted));
     return blocks;
 }
 
-std::vector<FreeBlockLink*> TakeMany(BlockPool& pool, unsigned wanted) {
-    unsigned got = 0;
-    std::vector<FreeBlockLink*> blocks = Blocks(pool.Take(wanted, got));
-    EXPECT_EQ(blocks.size(), got);
-    return blocks;
-}
-
-void GiveMany(BlockPool& pool, const std::vector<FreeBlockLink*>& blocks) {
-    FreeBlockLink* list = nullptr;
-    for (FreeBlockLink* block : blocks) {
-        block->next = list;
-        list = block;
-    }
-    pool.Give(list);
+void GiveMany(BlockPool& pool, const std::vector<void*>& blocks) {
+    pool.Give(blocks.data(), static_cast<unsigned>(blocks.size()));
 }
 
 TEST(BlockPool, HandsOutDisjointAlignedBlocks) {
     for (const std::size_t size : {8U, 16U, 24U, 40U, 48U, 64U, 128U, 504U, 512U}) {
         SCOPED_TRACE(size);
         const auto pool = PoolOf(size);
-        std::vector<FreeBlockLink*> blocks = TakeMany(*pool, 1000);
+        std::vector<void*> blocks = TakeMany(*pool, 1000);
         ASSERT_EQ(blocks.size(), 1000U);
         EXPECT_EQ(pool->handed_out(), 1000 * size);
         std::set<std::uintptr_t> addresses;
-        for (FreeBlockLink* block : blocks) {
+        for (void* block : blocks) {
             const auto address = reinterpret_cast<std::uintptr_t>(block);
             EXPECT_EQ(address % (size % 16 == 0 ? 16 : 8), 0U);
             addresses.insert(address);
-            std::memset(static_cast<void*>(block), 0x5a, size);  // all of it is ours
+            std::memset(block, 0x5a, size);  // all of it is ours
         }
         std::uintptr_t end = 0;
         for (const std::uintptr_t address : addresses) {
@@ -73,11 +59,11 @@ TEST(BlockPool, HandsOutDisjointAlignedBlocks) {
 
 TEST(BlockPool, GivesReturnedBlocksOutAgain) {
     const auto pool = PoolOf(64);
-    const std::vector<FreeBlockLink*> first = TakeMany(*pool, 100);
+    const std::vector<void*> first = TakeMany(*pool, 100);
     GiveMany(*pool, first);
-    const std::vector<FreeBlockLink*> second = TakeMany(*pool, 100);
-    EXPECT_EQ(std::set<FreeBlockLink*>(first.begin(), first.end()),
-              std::set<FreeBlockLink*>(second.begin(), second.end()));
+    const std::vector<void*> second = TakeMany(*pool, 100);
+    EXPECT_EQ(std::set<void*>(first.begin(), first.end()),
+              std::set<void*>(second.begin(), second.end()));
     EXPECT_EQ(pool->reserved(), BlockPool::kRegionSize);
     GiveMany(*pool, second);
 }
@@ -85,15 +71,15 @@ TEST(BlockPool, GivesReturnedBlocksOutAgain) {
 TEST(BlockPool, SpansRegionsAndLosesThemAgain) {
     const auto pool = PoolOf(512);
     const auto per_region = static_cast<unsigned>(BlockPool::kRegionSize / 512 - 1);
-    const std::vector<FreeBlockLink*> blocks = TakeMany(*pool, per_region * 5 / 2);
+    const std::vector<void*> blocks = TakeMany(*pool, per_region * 5 / 2);
     EXPECT_EQ(pool->reserved(), 3 * BlockPool::kRegionSize);
-    EXPECT_EQ(std::set<FreeBlockLink*>(blocks.begin(), blocks.end()).size(), blocks.size());
+    EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), blocks.size());
     GiveMany(*pool, blocks);
     EXPECT_EQ(pool->handed_out(), 0U);
     EXPECT_EQ(pool->reserved(), 3 * BlockPool::kRegionSize) << "kept for reuse";
     pool->Trim();
     EXPECT_EQ(pool->reserved(), 0U);
-    const std::vector<FreeBlockLink*> again = TakeMany(*pool, 1);
+    const std::vector<void*> again = TakeMany(*pool, 1);
     EXPECT_EQ(again.size(), 1U) << "a trimmed pool works on";
     GiveMany(*pool, again);
 }
@@ -101,14 +87,14 @@ TEST(BlockPool, SpansRegionsAndLosesThemAgain) {
 // One block that is out keeps its region and no other.
 TEST(BlockPool, TrimLeavesRegionsInUse) {
     const auto pool = PoolOf(512);
-    std::vector<FreeBlockLink*> blocks = TakeMany(*pool, 10'000);
-    FreeBlockLink* const kept = blocks.back();
+    std::vector<void*> blocks = TakeMany(*pool, 10'000);
+    void* const kept = blocks.back();
     blocks.pop_back();
     GiveMany(*pool, blocks);
     pool->Trim();
     EXPECT_EQ(pool->reserved(), BlockPool::kRegionSize);
     EXPECT_EQ(pool->handed_out(), 512U);
-    std::memset(static_cast<void*>(kept), 0, 512);
+    std::memset(kept, 0, 512);
     GiveMany(*pool, {kept});
     pool->Trim();
     EXPECT_EQ(pool->reserved(), 0U);
@@ -121,8 +107,8 @@ TEST(BlockPool, ReleasesEmptyRegionsBeyondTheLimit) {
     const auto fill = [](BlockPool& pool, std::size_t size) {
         return TakeMany(pool, static_cast<unsigned>(BlockPool::kRetainedLimit / size));
     };
-    const std::vector<FreeBlockLink*> blocks = fill(*one, 512);
-    const std::vector<FreeBlockLink*> others = fill(*other, 256);
+    const std::vector<void*> blocks = fill(*one, 512);
+    const std::vector<void*> others = fill(*other, 256);
     EXPECT_GT(one->reserved() + other->reserved(), 2 * BlockPool::kRetainedLimit);
     GiveMany(*one, blocks);
     GiveMany(*other, others);
@@ -143,13 +129,12 @@ TEST(BlockPool, ReleasesEmptyRegionsBeyondTheLimit) {
 TEST(BlockPool, ServesFourThreadsAtOnce) {
     const auto pool = PoolOf(64);
     struct Block {
-        FreeBlockLink link;
         std::uint64_t owner;
         std::uint64_t number;
     };
     struct Exchange {
         std::mutex lock;
-        std::vector<FreeBlockLink*> blocks;
+        std::vector<void*> blocks;
     } exchange;
     constexpr unsigned kThreads = 4;
     constexpr unsigned kRounds = 2000;
@@ -158,18 +143,18 @@ TEST(BlockPool, ServesFourThreadsAtOnce) {
     for (unsigned t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
             for (unsigned round = 0; round < kRounds; ++round) {
-                const std::vector<FreeBlockLink*> mine = TakeMany(*pool, 1 + (round * 7 + t) % 60);
-                for (FreeBlockLink* block : mine) {
-                    reinterpret_cast<Block*>(block)->owner = t;
-                    reinterpret_cast<Block*>(block)->number = round;
+                const std::vector<void*> mine = TakeMany(*pool, 1 + (round * 7 + t) % 60);
+                for (void* block : mine) {
+                    static_cast<Block*>(block)->owner = t;
+                    static_cast<Block*>(block)->number = round;
                 }
-                for (FreeBlockLink* block : mine) {
-                    if (reinterpret_cast<Block*>(block)->owner != t ||
-                        reinterpret_cast<Block*>(block)->number != round) {
+                for (void* block : mine) {
+                    if (static_cast<Block*>(block)->owner != t ||
+                        static_cast<Block*>(block)->number != round) {
                         ++damaged;
                     }
                 }
-                std::vector<FreeBlockLink*> theirs;
+                std::vector<void*> theirs;
                 {
                     const std::lock_guard guard(exchange.lock);
                     theirs.swap(exchange.blocks);
