@@ -3,6 +3,7 @@
 // Thread rule: thread-compatible.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -120,13 +121,25 @@ class KELP_API AsnReader {
 
     /// Reads `octets` octets at `data`, which must outlive the reader.
     AsnReader(const void* data, std::size_t octets) noexcept
-        : begin_(static_cast<const unsigned char*>(data)), at_(begin_), end_(begin_ + octets) {}
+        : begin_(static_cast<const unsigned char*>(data)),
+          at_(begin_),
+          end_(begin_ + octets),
+          input_end_(end_) {}
 
     std::size_t Offset() const { return static_cast<std::size_t>(at_ - begin_); }
 
     /// Whether the contents being read are used up. An indefinite length ends at its
-    /// end-of-contents octets, which are consumed, or where the input ends.
-    bool AtEnd() { return at_ == end_ || (indefinite_ && BDecEoc()); }
+    /// end-of-contents octets, which are consumed, or where the whole input ends; where
+    /// a definite length around it ends first, one of the two lies, and this fails.
+    bool AtEnd() {
+        if (at_ != end_) {
+            return indefinite_ && BDecEoc();
+        }
+        if (indefinite_ && end_ != input_end_) {
+            Fail("Unexpected End");
+        }
+        return true;
+    }
 
     /// Reads an identifier, of one octet or of several.
     AsnIdentifier ReadIdentifier() {
@@ -139,6 +152,14 @@ class KELP_API AsnReader {
             return first;
         }
         return ReadLongIdentifier();
+    }
+
+    /// For how many elements a list of `count` makes room when the identifier of one more
+    /// has just been read: for no more than the octets left can hold, two each, and
+    /// where an indefinite length may end much sooner, for half as many as there are.
+    std::size_t RoomForElements(std::size_t count) const {
+        const std::size_t most = (Left() + 1) / 2;
+        return indefinite_ ? std::min(most, count / 2) : most;
     }
 
     /// Reads a length and checks a definite one against the octets that are left.
@@ -215,6 +236,7 @@ class KELP_API AsnReader {
     const unsigned char* begin_;
     const unsigned char* at_;
     const unsigned char* end_;
+    const unsigned char* input_end_;
     const char* unit_ = "asn1";
     unsigned depth_ = 0;
     bool indefinite_ = false;

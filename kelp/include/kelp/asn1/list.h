@@ -71,7 +71,8 @@ class AsnSeqOf : public AsnCopyable<AsnSeqOf<T>, AsnList<T>> {
             if (!Expected().T::Accepts(identifier)) {
                 in.FailAt("Unexpected Tag", start);
             }
-            this->Append().BDecElement(in, identifier);
+            this->elements_.AppendWithRoomFor(in.RoomForElements(this->Count()))
+                .BDecElement(in, identifier);
         }
     }
 

@@ -33,8 +33,10 @@ class KELP_API AsnOptionalBase {
   public:
     AsnType* get_type() const { return value_; }
     void reset_type(AsnType* value = nullptr) {
-        delete value_;
-        value_ = value;
+        if (value != value_) {
+            delete value_;
+            value_ = value;
+        }
     }
 
   protected:
@@ -169,7 +171,8 @@ class KELP_API AsnSequence : public AsnType {
 
     virtual const refl::CClassInfor& GetClassInfor() const = 0;
 
-    /// Makes this record a deep copy of `other`, which is of the same class.
+    /// Makes this record a deep copy of `other`, which is of the same class and no part
+    /// of this record. When memory runs out, the fields before are those of `other`.
     void Assign(const AsnSequence& other);
 
     AsnIdentifier Identifier() const override { return kAsnSequence; }
