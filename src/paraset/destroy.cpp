@@ -102,7 +102,7 @@ void CParaSet::clear() {
     m_pImpl->m_iValType = PARA_NULL;
 }
 
-bool CParaSet::clear(const std::string& name) {
+bool CParaSet::clear(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end() || entry->second == nullptr) {
         return false;
@@ -112,8 +112,8 @@ bool CParaSet::clear(const std::string& name) {
     return true;
 }
 
-bool CParaSet::clear(const char* name) {
-    return clear(std::string(name));
+bool CParaSet::clear(const std::string& name) {
+    return clear(name.c_str());
 }
 
 bool CParaSet::remove(int index) {
@@ -156,7 +156,7 @@ bool CParaSet::remove(int index) {
     return false;
 }
 
-bool CParaSet::remove(const std::string& name) {
+bool CParaSet::remove(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end()) {
         return false;
@@ -167,8 +167,8 @@ bool CParaSet::remove(const std::string& name) {
     return true;
 }
 
-bool CParaSet::remove(const char* name) {
-    return remove(std::string(name));
+bool CParaSet::remove(const std::string& name) {
+    return remove(name.c_str());
 }
 
 }  // namespace FrameUtil

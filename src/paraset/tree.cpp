@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "paraset/node.h"
 
@@ -36,6 +38,14 @@ Component ReadComponent(std::string_view head) {
     return {head.substr(0, open), std::strtol(head.data() + open + 1, nullptr, 10)};
 }
 
+// The first child of a fresh node.
+CParaSet* MakeOnlyChild(CParaSet& parent, std::string_view name) {
+    CParaSet*& entry = NodeAccess::Index(parent)[std::string(name)];
+    entry = NodeAccess::NewChild(name);
+    NodeAccess::Impl(parent).m_iValType = CParaSet::PARA_STRUCT;
+    return entry;
+}
+
 }  // namespace
 
 CParaSet* NodeAccess::Child(const CParaSet& node, const std::string& key) {
@@ -48,11 +58,8 @@ CParaSet& CParaSet::operator[](int index) {
         throw FRexception(-1);
     }
     ValueType& type = m_pImpl->m_iValType;
-    if (type == PARA_NULL) {
-        type = PARA_ARRAY;
-    }
     const auto position = static_cast<std::size_t>(index);
-    if (type == PARA_ARRAY) {
+    if (type == PARA_ARRAY || type == PARA_NULL) {
         if (position >= m_vctValue.size()) {
             m_vctValue.resize(position + 1);
         }
@@ -60,6 +67,7 @@ CParaSet& CParaSet::operator[](int index) {
         if (slot == nullptr) {
             slot = NodeAccess::NewChild(kElementName);
         }
+        type = PARA_ARRAY;
         return *slot;
     }
     if (type == PARA_STRUCT) {
@@ -78,33 +86,36 @@ CParaSet& CParaSet::operator[](int index) {
 CParaSet& CParaSet::operator[](const char* path) {
     CParaSet* node = this;
     std::string key;
-    while (path != nullptr) {
+    while (true) {
         if (node->m_pImpl->m_iValType == PARA_ARRAY) {
-            // Nothing has been made on the way: what was made is no array.
-            throw FRexception(-3);
+            throw FRexception(-3);  // nothing has been made yet: what is made is no array
         }
         const std::string_view head = TakeHead(path);
         key.assign(head);
         const auto entry = node->m_mapValue.lower_bound(key);
-        if (entry != node->m_mapValue.end() && entry->first == key) {
-            if (entry->second == nullptr) {
-                entry->second = NodeAccess::NewChild(head);
-                node->m_pImpl->m_iValType = PARA_STRUCT;
-            }
+        const bool known = entry != node->m_mapValue.end() && entry->first == key;
+        if (known && entry->second != nullptr) {
             node = entry->second;
+            if (path == nullptr) {
+                return *node;
+            }
             continue;
         }
-        const auto made = node->m_mapValue.emplace_hint(entry, key, nullptr);
-        try {
-            made->second = NodeAccess::NewChild(head);
-        } catch (...) {
-            node->m_mapValue.erase(made);
-            throw;
+        // The rest is made apart and linked last, so that a failure leaves nothing behind.
+        std::unique_ptr<CParaSet> made(NodeAccess::NewChild(head));
+        CParaSet* last = made.get();
+        while (path != nullptr) {
+            last = MakeOnlyChild(*last, TakeHead(path));
+        }
+        if (known) {
+            entry->second = made.release();
+        } else {
+            node->m_mapValue.emplace_hint(entry, std::move(key), made.get());
+            made.release();
         }
         node->m_pImpl->m_iValType = PARA_STRUCT;
-        node = made->second;
+        return *last;
     }
-    return *node;
 }
 
 CParaSet& CParaSet::operator[](const std::string& path) {

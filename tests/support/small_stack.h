@@ -38,3 +38,8 @@ inline void RunOnStack(std::size_t stack_octets, std::function<void()> work) {
 }
 
 }  // namespace support
+
+/// The same on 256 KiB, for work whose exceptions are the test's own.
+inline void OnSmallStack(const std::function<void()>& act) {
+    support::RunOnStack(std::size_t{256} << 10, act);
+}

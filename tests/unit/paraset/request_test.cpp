@@ -1,0 +1,284 @@
+// A tree to a common request, and a common request into a tree.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "unit/paraset/record_text.h"
+
+namespace {
+
+using FrameUtil::AsnCommonRequest;
+using FrameUtil::AsnTable;
+using FrameUtil::CParaSet;
+
+AsnTable& AddTable(AsnCommonRequest& request, const char* name, int value) {
+    AsnTable& table = request.tables.Ensure().Append();
+    if (name != nullptr) {
+        table.name.Emplace(name);
+    }
+    AddColumn(table, "a", 2);
+    AppendRow(table, {value});
+    return table;
+}
+
+TEST(RequestFromTree, CarriesTheUser) {
+    const struct {
+        const char* name;
+        void (*fill)(CParaSet&);
+        std::int64_t user;
+    } rows[] = {
+        {"integer", [](CParaSet& r) { r["##UserID"] = 7; }, 7},
+        {"string", [](CParaSet& r) { r["##UserID"] = "42abc"; }, 42},
+        {"double", [](CParaSet& r) { r["##UserID"] = 3.0; }, -1},
+        {"not valued", [](CParaSet& r) { r["##UserID"]; }, -1},
+        {"none", [](CParaSet& r) { r["a"] = 1; }, -1},
+        {"empty tree", [](CParaSet&) {}, -1},
+        {"an entry without a child", [](CParaSet& r) { r["##UserID"] = 7, r.clear("##UserID"); },
+         -1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        CParaSet root("root");
+        row.fill(root);
+        AsnCommonRequest request;
+        request.userID = 99;
+        EXPECT_EQ(root.Para2CommonReqAsn(request), 0);
+        EXPECT_EQ(request.userID, row.user);
+        EXPECT_FALSE(request.tables);
+        EXPECT_FALSE(request.resID);
+        EXPECT_NE(root.find("##UserID"), nullptr) << "the child is made";
+    }
+}
+
+TEST(RequestFromTree, OfAnArrayIsRefused) {
+    CParaSet list("list");
+    list[0] = 1;
+    AsnCommonRequest request;
+    EXPECT_EQ(CodeOf([&] { list.Para2CommonReqAsn(request); }), -3);
+}
+
+TEST(RequestFromTree, CarriesTheResource) {
+    AsnDistinguishedResource resource = Resource("dn");
+    resource.maintype.Emplace(5);
+    CParaSet root("root");
+    root["##ResID"] = &resource;
+    AsnCommonRequest request;
+    request.resID.Emplace().label.Emplace("before");
+    root.Para2CommonReqAsn(request);
+    ASSERT_TRUE(request.resID);
+    EXPECT_EQ(request.resID->resDN.str(), "dn");
+    EXPECT_EQ(*request.resID->maintype, 5);
+    EXPECT_FALSE(request.resID->label) << "what was there has been cleared";
+
+    root["##ResID"].asResID()->resDN = "changed";
+    EXPECT_EQ(request.resID->resDN.str(), "dn") << "it is a copy";
+
+    CParaSet without("root");
+    without["##UserID"] = 1;
+    without.Para2CommonReqAsn(request);
+    EXPECT_TRUE(request.resID) << "no ##ResID leaves the request's";
+}
+
+TEST(RequestFromTree, MakesAnEmptyResourceOfANodeWithoutOne) {
+    CParaSet root("root");
+    root["##ResID"] = 5;
+    AsnCommonRequest request;
+    request.resID.Emplace().resDN = "before";
+    root.Para2CommonReqAsn(request);
+    ASSERT_TRUE(request.resID);
+    EXPECT_EQ(request.resID->resDN.str(), "");
+}
+
+// "##TableCount" decides what becomes of the tables; the request held one before.
+TEST(RequestFromTree, CarriesTheTablesThatTheCountAnnounces) {
+    const struct {
+        const char* name;
+        void (*fill)(CParaSet&);
+        const char* tables;
+    } rows[] = {
+        {"no count leaves the list", [](CParaSet& r) { r["a"]["##RowCount"] = 1; }, "old (a:2) [9]"},
+        {"a count without a child leaves it",
+         [](CParaSet& r) { r["##TableCount"] = 1, r.clear("##TableCount"); }, "old (a:2) [9]"},
+        {"count 0 clears it", [](CParaSet& r) { r["##TableCount"] = 0; }, ""},
+        {"a negative count clears it", [](CParaSet& r) { r["##TableCount"] = -5; }, ""},
+        {"a count that is not valued clears it", [](CParaSet& r) { r["##TableCount"]; }, ""},
+        {"a double clears it", [](CParaSet& r) { r["##TableCount"] = 1.0; }, ""},
+        {"one: the root itself",
+         [](CParaSet& r) {
+             r["##TableCount"] = 1;
+             r["##RowCount"] = 1;
+             r["a"] = 1;
+             r["b"] = "x";
+         },
+         "(a:2, b:4) [1, \"x\"]"},
+        {"one, three rows",
+         [](CParaSet& r) {
+             r["##TableCount"] = 1;
+             r["##RowCount"] = 3;
+             for (int i = 0; i != 3; ++i) {
+                 r["a"][i] = i;
+             }
+             r["b"] = "x";
+         },
+         "(a:2, b:4) [0, \"x\"] [1, \"x\"] [2, \"x\"]"},
+        {"one, without a row count: an empty table",
+         [](CParaSet& r) { r["##TableCount"] = 1, r["a"] = 1; }, ""},
+        {"one, as text", [](CParaSet& r) { r["##TableCount"] = "1", r["##RowCount"] = 1; }, "() []"},
+        {"two: the children that are no headers, in key order",
+         [](CParaSet& r) {
+             r["##TableCount"] = 2;
+             r["##RowCount"] = 1;
+             r["#x"]["##RowCount"] = 1;
+             r["t2"]["##RowCount"] = 1;
+             r["t2"]["b"] = 2;
+             r["t1"]["##RowCount"] = 2;
+             r["t1"]["a"][1] = 1;
+             r["t1"]["a"][0] = 0;
+         },
+         "t1 (a:2) [0] [1]; t2 (b:2) [2]"},
+        {"two: whatever their number",
+         [](CParaSet& r) {
+             r["##TableCount"] = 7;
+             r["t"]["##RowCount"] = -1;
+             r["t"]["a"] = 2;
+         },
+         "t (a:2)"},
+        {"two: children that are no tables travel empty",
+         [](CParaSet& r) {
+             r["##TableCount"] = 2;
+             r["scalar"] = 1;
+             r["list"][0] = 1;
+             r["null"];
+             r["gone"];
+             r.clear("gone");
+             r["zero"]["##RowCount"] = 0;
+         },
+         "gone; list; null; scalar; zero"},
+        {"two: a table is named by its key",
+         [](CParaSet& r) {
+             CParaSet table("its own name");
+             table["##RowCount"] = 1;
+             table["a"] = 1;
+             r["##TableCount"] = 2;
+             r["key"] = table;
+         },
+         "key (a:2) [1]"},
+        {"two, and no children", [](CParaSet& r) { r["##TableCount"] = 2; }, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        CParaSet root("root");
+        row.fill(root);
+        AsnCommonRequest request;
+        AddTable(request, "old", 9);
+        EXPECT_EQ(root.Para2CommonReqAsn(request), 0);
+        EXPECT_EQ(TextOf(request.tables), row.tables);
+    }
+}
+
+TEST(RequestFromTree, MakesNoListWithoutTables) {
+    CParaSet root("root");
+    root["##TableCount"] = 0;
+    AsnCommonRequest request;
+    root.Para2CommonReqAsn(request);
+    EXPECT_FALSE(request.tables);
+}
+
+TEST(RequestFromTree, GivesASingleTableNoName) {
+    CParaSet root("named");
+    root["##TableCount"] = 1;
+    root["##RowCount"] = 1;
+    AsnCommonRequest request;
+    root.Para2CommonReqAsn(request);
+    ASSERT_EQ(request.tables->Count(), 1U);
+    EXPECT_FALSE(request.tables->begin()->name);
+}
+
+TEST(TreeFromRequest, TakesTheHeaders) {
+    AsnCommonRequest request;
+    request.userID = (std::int64_t{1} << 32) + 7;
+    request.resID.Emplace().resDN = "dn";
+    CParaSet root("root");
+    EXPECT_EQ(root.CommonReqAsn2Para(request), 0);
+    EXPECT_EQ(Shape(root), "{##ResID: resource(dn), ##TableCount: 0, ##UserID: 7}");
+    EXPECT_NE(root["##ResID"].asResID(), request.resID.get());
+
+    CParaSet bare("root");
+    bare.CommonReqAsn2Para(AsnCommonRequest());
+    EXPECT_EQ(Shape(bare), "{##TableCount: 0, ##UserID: 0}");
+}
+
+TEST(TreeFromRequest, TakesTheTables) {
+    const struct {
+        const char* name;
+        void (*fill)(AsnCommonRequest&);
+        const char* tree;
+    } rows[] = {
+        {"an empty list", [](AsnCommonRequest& r) { r.tables.Emplace(); },
+         "{##TableCount: 0, ##UserID: 0}"},
+        {"one without a name: the root", [](AsnCommonRequest& r) { AddTable(r, nullptr, 1); },
+         "{##RowCount: 1, ##TableCount: 1, ##UserID: 0, a: 1}"},
+        {"one with an empty name: the root", [](AsnCommonRequest& r) { AddTable(r, "", 1); },
+         "{##RowCount: 1, ##TableCount: 1, ##UserID: 0, a: 1}"},
+        {"one with a name: the child", [](AsnCommonRequest& r) { AddTable(r, "ports", 1); },
+         "{##TableCount: 1, ##UserID: 0, ports: {##RowCount: 1, a: 1}}"},
+        {"several",
+         [](AsnCommonRequest& r) {
+             AddTable(r, nullptr, 0);
+             AddTable(r, "ports", 1);
+             AddTable(r, "", 2);
+         },
+         "{##TableCount: 3, ##UserID: 0, ports: {##RowCount: 1, a: 1}, "
+         "tab0: {##RowCount: 1, a: 0}, tab2: {##RowCount: 1, a: 2}}"},
+        {"several of one name are merged",
+         [](AsnCommonRequest& r) {
+             AddTable(r, "t", 1);
+             AddColumn(AddTable(r, "t", 2), "b", 2);
+         },
+         "{##TableCount: 2, ##UserID: 0, t: {##RowCount: 1, a: 2}}"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        AsnCommonRequest request;
+        row.fill(request);
+        CParaSet root("root");
+        EXPECT_EQ(root.CommonReqAsn2Para(request), 0);
+        EXPECT_EQ(Shape(root), row.tree);
+    }
+}
+
+TEST(TreeFromRequest, IsTheWayBack) {
+    const AsnDistinguishedResource resource = Resource("dn");
+    CParaSet root("root");
+    root["##UserID"] = 7;
+    root["##ResID"] = &resource;
+    root["##TableCount"] = 1;
+    root["##RowCount"] = 1;
+    root["a"] = 1;
+    root["b"] = "x";
+    root["c"] = 2.5;
+    AsnCommonRequest request;
+    root.Para2CommonReqAsn(request);
+    CParaSet back("root");
+    back.CommonReqAsn2Para(request);
+    EXPECT_EQ(Shape(back), Shape(root));
+
+    root.clear();
+    root["##UserID"] = 7;
+    root["##TableCount"] = 2;
+    for (const char* table : {"one", "two"}) {
+        root[table]["##RowCount"] = 2;
+        for (int r = 0; r != 2; ++r) {
+            root[table]["a"][r] = r;
+            root[table]["b"][r] = "x";
+            root[table]["c"][r] = r + 0.5;
+        }
+    }
+    AsnCommonRequest tables;
+    root.Para2CommonReqAsn(tables);
+    CParaSet back_again("root");
+    back_again.CommonReqAsn2Para(tables);
+    EXPECT_EQ(Shape(back_again), Shape(root));
+}
+
+}  // namespace
