@@ -259,9 +259,12 @@ class FRAMEUTIL_API CParaSet {
 
     // ---- common records ------------------------------------------------------------
 
-    // Called on a root. A named child travels under its key. These return 0 always:
-    // headers that are missing are skipped, and a child that is no table travels as an
-    // empty one. Assigning over existing children can throw FRexception -3.
+    // Called on a root. A named child travels under its key, and what arrives under a
+    // name becomes the child of exactly that key: a peer's dots make no structures, so a
+    // name with dots in it is found through GetMapValue() or GetRow(), not by a path.
+    // These return 0 always: headers that are missing are skipped, and a child that is no
+    // table travels as an empty one. Assigning over existing children can throw
+    // FRexception -3.
 
     /// "##UserID" (made if missing, and then -1), "##ResID" and the tables that
     /// "##TableCount" announces: with 1 the root itself, unnamed; with more, every child

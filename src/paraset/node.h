@@ -66,6 +66,8 @@ struct NodeAccess {
     /// The child whose key is exactly `key`; null when it is not there or its entry is
     /// empty.
     static CParaSet* Child(const CParaSet& node, const std::string& key);
+    /// The child whose key is exactly `key`, dots and all, made if it is not there.
+    static CParaSet& MakeChild(CParaSet& node, const std::string& key);
 };
 
 /// The name that elements get which index access makes.

@@ -59,7 +59,7 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
     for (const AsnSchemaItem& item : *table->schema) {
         columns.push_back({&item, item.type, nullptr});
         if (item.desc) {
-            node[item.name.str()].SetDesc(item.desc->str());
+            NodeAccess::MakeChild(node, item.name.str()).SetDesc(item.desc->str());
         }
     }
     int r = 0;
@@ -71,7 +71,7 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
             }
             if (HasValue(value, column->type)) {
                 if (column->node == nullptr) {
-                    column->node = &node[column->item->name.str()];
+                    column->node = &NodeAccess::MakeChild(node, column->item->name.str());
                 }
                 TakeValue(rows == 1 ? *column->node : (*column->node)[r], value, column->type);
             }
