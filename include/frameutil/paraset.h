@@ -40,6 +40,7 @@
 
 #include "frameutil/export.h"
 #include "frameutil/records.h"
+#include "kelp/block_text.h"
 #include "kelp/value.h"
 
 namespace FrameUtil {
@@ -101,7 +102,7 @@ class FRAMEUTIL_API CParaSet {
     bool isNull() const;
     std::string name() const;
     /// Renames the node; the key that a parent knows it by stays.
-    void SetName(std::string name);
+    void SetName(const std::string& name);
     ValueType type() const;
     /// Overwrites the type and nothing else.
     void SetType(ValueType type);
@@ -189,7 +190,7 @@ class FRAMEUTIL_API CParaSet {
     /// std::logic_error on a null pointer.
     CParaSet& operator=(const char* value);
     /// Any type becomes PARA_STRING; one that was not PARA_NULL or PARA_STRING is traced.
-    CParaSet& operator=(std::string value);
+    CParaSet& operator=(const std::string& value);
     /// Attaches a copy of `resource`, whatever the type was; null does nothing.
     CParaSet& operator=(const AsnDistinguishedResource* resource);
     /// Integers (codes 13, 14, 23, 24 and 25, low 32 bits) go into PARA_NULL and
@@ -226,7 +227,7 @@ class FRAMEUTIL_API CParaSet {
     void setBytes(const void* data, unsigned long length);
     /// The string becomes `value`, the type PARA_STRING; the result is the new length.
     /// Throws as above.
-    int setBytes(std::string value);
+    int setBytes(const std::string& value);
 
     /// Whether find(path) finds a node that is not PARA_NULL.
     bool checkParaValid(const std::string& path);
@@ -297,8 +298,8 @@ class FRAMEUTIL_API CParaSet {
 
   private:
     friend struct NodeAccess;
-    struct ChildTag {};
-    CParaSet(ChildTag, std::string_view name);
+    // A child; REQUIRES: the node is made by operator new of this class.
+    explicit CParaSet(kelp::BlockText&& name) noexcept;
 
     std::vector<CParaSet*> m_vctValue;
     std::map<std::string, CParaSet*> m_mapValue;

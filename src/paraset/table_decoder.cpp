@@ -34,7 +34,7 @@ bool HasValue(const AsnValue& value, std::int64_t type) {
 void TakeValue(CParaSet& cell, const AsnValue& value, std::int64_t type) {
     switch (type) {
         case kStringCode:
-            cell = value.sVal->str();
+            NodeAccess::AssignText(cell, value.sVal->view());
             break;
         case kDoubleCode:
             cell = static_cast<double>(*value.dVal);

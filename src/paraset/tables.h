@@ -10,7 +10,7 @@ namespace FrameUtil {
 
 /// Text in records ends at its first zero octet.
 inline std::string TextOf(const AsnOcts& octets) {
-    return octets.str().substr(0, octets.str().find('\0'));
+    return std::string(octets.view().substr(0, octets.view().find('\0')));
 }
 
 /// Appends the columns and rows of `node` to `table`. 0; -3 without a table, -1 without
