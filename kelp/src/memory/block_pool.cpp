@@ -22,6 +22,8 @@ struct BlockPool::Region {
 
 namespace {
 
+constexpr std::size_t kLine = 64;
+
 Retention g_retention;  // of all pools together
 
 void* MapAligned(std::size_t size) noexcept {
@@ -51,7 +53,12 @@ void BlockPool::SetBlockSize(std::size_t size_octets) {
     reciprocal_ = (std::uint64_t{1} << 32) / size_ + 1;
     const std::size_t bits = kRegionSize / size_;
     const std::size_t header = sizeof(Region) + (bits + 63) / 64 * sizeof(std::uint64_t);
-    first_block_ = static_cast<std::uint32_t>((header + 63) / 64 * 64);
+    first_block_ = static_cast<std::uint32_t>((header + kLine - 1) / kLine * kLine);
+    if (size_ % kLine == 0) {
+        // Objects of several lines often end in a pointer to a part that lies right behind
+        // them, in the same block: so the pointer is in the line where that part begins.
+        first_block_ += 2 * sizeof(void*);
+    }
     capacity_ = static_cast<std::uint32_t>((kRegionSize - first_block_) / size_);
 }
 
