@@ -52,7 +52,7 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
     if (table->schema->empty() || rows == 0) {
         return -2;
     }
-    node[reserved::kRowCount] = static_cast<int>(rows);
+    NodeAccess::MakeChild(node, reserved::kRowCount) = static_cast<int>(rows);
 
     std::vector<Column> columns;
     columns.reserve(table->schema->Count());

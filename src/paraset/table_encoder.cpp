@@ -95,6 +95,7 @@ template <class Fetch>
 std::vector<Column> DescribeColumns(CParaSet& node, AsnSchemaDef& schema) {
     std::vector<Column> columns;
     columns.reserve(NodeAccess::Index(node).size());
+    schema.Reserve(NodeAccess::Index(node).size());
     for (const auto& [key, child] : NodeAccess::Index(node)) {
         if (key.starts_with('#')) {
             continue;
