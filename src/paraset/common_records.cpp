@@ -23,10 +23,10 @@ enum class NamedSingleTable { kIntoRoot, kIntoChild };
 
 void TakeTables(CParaSet& root, const AsnOptional<AsnTableList>& tables, NamedSingleTable single) {
     if (!tables) {
-        root[reserved::kTableCount] = 0;
+        NodeAccess::MakeChild(root, reserved::kTableCount) = 0;
         return;
     }
-    root[reserved::kTableCount] = static_cast<int>(tables->Count());
+    NodeAccess::MakeChild(root, reserved::kTableCount) = static_cast<int>(tables->Count());
     const bool several = tables->Count() > 1;
     int number = 0;
     for (const AsnTable& table : *tables) {
@@ -44,15 +44,15 @@ void TakeTables(CParaSet& root, const AsnOptional<AsnTableList>& tables, NamedSi
 }  // namespace
 
 int CParaSet::Para2CommonReqAsn(AsnCommonRequest& request) {
-    request.userID = (*this)[reserved::kUserID].asInt();
-    if (const CParaSet* resource = find(reserved::kResID)) {
+    request.userID = NodeAccess::MakeChild(*this, reserved::kUserID).asInt();
+    if (const CParaSet* resource = NodeAccess::Child(*this, reserved::kResID)) {
         AsnDistinguishedResource& target = request.resID.Ensure();
         target.Clear();
         if (resource->asResID() != nullptr) {
             target = *resource->asResID();
         }
     }
-    const CParaSet* table_count = find(reserved::kTableCount);
+    const CParaSet* table_count = NodeAccess::Child(*this, reserved::kTableCount);
     if (table_count == nullptr) {
         return 0;
     }
@@ -74,24 +74,24 @@ int CParaSet::Para2CommonReqAsn(AsnCommonRequest& request) {
 }
 
 int CParaSet::Para2CommonRspAsn(AsnCommonResponse& response) {
-    if (const CParaSet* code = find(reserved::kRetCode)) {
+    if (const CParaSet* code = NodeAccess::Child(*this, reserved::kRetCode)) {
         response.retCode = code->asInt();
     }
-    if (const CParaSet* code = find(reserved::kRetCodeEx)) {
+    if (const CParaSet* code = NodeAccess::Child(*this, reserved::kRetCodeEx)) {
         response.retCodeEx.Emplace(code->asInt());
     }
-    if (CParaSet* version = find(reserved::kVer)) {
+    if (CParaSet* version = NodeAccess::Child(*this, reserved::kVer)) {
         const char* text = version->asString();
         response.ver = text == nullptr ? nullptr : new AsnOcts(text);
     }
-    const CParaSet* table_count = find(reserved::kTableCount);
+    const CParaSet* table_count = NodeAccess::Child(*this, reserved::kTableCount);
     const int tables = table_count == nullptr ? 0 : table_count->asInt();
     if (tables <= 0) {
         return 0;
     }
     AsnTableList& list = response.tables.Ensure();
     list.Clear();
-    const CParaSet* row_count = find(reserved::kRowCount);
+    const CParaSet* row_count = NodeAccess::Child(*this, reserved::kRowCount);
     if (tables == 1 && row_count != nullptr && row_count->asInt() != -1) {
         ParaSet2Table(this, &list.Append());
     } else {
@@ -103,9 +103,10 @@ int CParaSet::Para2CommonRspAsn(AsnCommonResponse& response) {
 }
 
 int CParaSet::CommonReqAsn2Para(const AsnCommonRequest& request) {
-    (*this)[reserved::kUserID] = static_cast<int>(static_cast<std::int64_t>(request.userID));
+    NodeAccess::MakeChild(*this, reserved::kUserID) =
+        static_cast<int>(static_cast<std::int64_t>(request.userID));
     if (request.resID) {
-        (*this)[reserved::kResID] =
+        NodeAccess::MakeChild(*this, reserved::kResID) =
             static_cast<const AsnDistinguishedResource*>(request.resID.get());
     }
     TakeTables(*this, request.tables, NamedSingleTable::kIntoChild);
@@ -113,13 +114,14 @@ int CParaSet::CommonReqAsn2Para(const AsnCommonRequest& request) {
 }
 
 int CParaSet::CommonRspAsn2Para(const AsnCommonResponse& response) {
-    (*this)[reserved::kRetCode] = static_cast<int>(static_cast<std::int64_t>(response.retCode));
+    NodeAccess::MakeChild(*this, reserved::kRetCode) =
+        static_cast<int>(static_cast<std::int64_t>(response.retCode));
     if (response.retCodeEx) {
-        (*this)[reserved::kRetCodeEx] =
+        NodeAccess::MakeChild(*this, reserved::kRetCodeEx) =
             static_cast<int>(static_cast<std::int64_t>(*response.retCodeEx));
     }
     if (response.ver) {
-        (*this)[reserved::kVer] = TextOf(*response.ver);
+        NodeAccess::MakeChild(*this, reserved::kVer) = TextOf(*response.ver);
     }
     TakeTables(*this, response.tables, NamedSingleTable::kIntoRoot);
     return 0;

@@ -35,8 +35,7 @@ class DoomedNodes {
         constexpr std::size_t kAhead = 8;
         for (std::size_t i = list.size(); i != 0; --i) {
             if (i > kAhead && list[i - 1 - kAhead] != nullptr) {
-                __builtin_prefetch(list[i - 1 - kAhead]);
-                NodeAccess::Prefetch(list[i - 1 - kAhead]);
+                NodeAccess::PrefetchAll(list[i - 1 - kAhead]);
             }
             Add(list[i - 1]);
         }

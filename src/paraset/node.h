@@ -14,8 +14,10 @@
 
 namespace FrameUtil {
 
-// One cache line: a table is read and written cell by cell. Nobody outside sees this
+// A cache line's worth: a table is read and written cell by cell. Nobody outside sees this
 // object, so its texts are block texts, and what few nodes have is made when it is needed.
+// What reading a value takes comes first: in a child's block it shares a line with the
+// pointer that leads to it.
 struct CParaSetImpl {
     explicit CParaSetImpl(kelp::BlockText&& name) noexcept : m_strName(std::move(name)) {}
 
@@ -26,7 +28,6 @@ struct CParaSetImpl {
         std::vector<CParaSet*> unlinked;
     };
 
-    kelp::BlockText m_strName;
     CParaSet::ValueType m_iValType = CParaSet::PARA_NULL;
     std::int32_t m_iUnread = 0;  // copied with the node; no operation reads it
     double m_dValue = 0.0;
@@ -34,6 +35,7 @@ struct CParaSetImpl {
     std::int32_t m_iRowCount = 0;
     kelp::BlockText m_strValue;
     std::unique_ptr<Rare> m_pRare;
+    kelp::BlockText m_strName;
 
     Rare& EnsureRare() {
         if (m_pRare == nullptr) {
@@ -76,10 +78,14 @@ struct NodeAccess {
     /// The name that elements get which index access makes.
     static constexpr const char* kElementName = "root";
 
-    /// Asks the processor to fetch a node that will be read soon. Children lie in blocks
-    /// of three cache lines; the first holds what only structures and arrays need.
+    /// Asks the processor to fetch what reading a child's value takes.
     [[gnu::always_inline]] static void Prefetch(const CParaSet* node) {
+        __builtin_prefetch(node + 1);
+    }
+    /// The same for all of a child.
+    [[gnu::always_inline]] static void PrefetchAll(const CParaSet* node) {
         const char* line = reinterpret_cast<const char*>(node);
+        __builtin_prefetch(line);
         __builtin_prefetch(line + 64);
         __builtin_prefetch(line + 128);
     }

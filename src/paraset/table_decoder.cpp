@@ -77,7 +77,7 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
                   table->name ? table->name->str().c_str() : "", rows, table->schema->Count());
         return -3;
     }
-    node[reserved::kRowCount] = static_cast<int>(rows);
+    NodeAccess::MakeChild(node, reserved::kRowCount) = static_cast<int>(rows);
 
     std::vector<Column> columns;
     columns.reserve(table->schema->Count());

@@ -84,7 +84,12 @@ CParaSet* NodeAccess::Child(const CParaSet& node, const std::string& key) {
 }
 
 CParaSet& NodeAccess::MakeChild(CParaSet& node, const std::string& key) {
-    const Place place = PlaceOf(node, key);
+    // Names arrive in the order of the keys, so a new one mostly belongs at the end.
+    auto& index = Index(node);
+    const bool is_last = !index.empty() && index.rbegin()->first < key;
+    const Place place = is_last && Impl(node).m_iValType == CParaSet::PARA_STRUCT
+                            ? Place{index.end(), false}
+                            : PlaceOf(node, key);
     if (CParaSet* child = place.Child()) {
         return *child;
     }

@@ -127,7 +127,9 @@ class AsnElements {
     }
 
   private:
-    static constexpr std::size_t kFirstCapacity = 8;
+    // The first stretch comes from the block pools whatever an element's size.
+    static constexpr std::size_t kFirstCapacity =
+        std::clamp<std::size_t>((kelp::kMaxBlockSize - sizeof(Stretch)) / sizeof(T), 1, 8);
     static constexpr std::size_t kLastCapacity = 1024;
 
     static std::size_t OctetsOf(std::size_t capacity) {
