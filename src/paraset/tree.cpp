@@ -46,11 +46,51 @@ CParaSet* MakeOnlyChild(CParaSet& parent, std::string_view name) {
     return entry;
 }
 
+// Where a key stands in a node's index, or would stand.
+struct Place {
+    std::map<std::string, CParaSet*>::iterator entry;
+    bool known;
+
+    CParaSet* Child() const { return known ? entry->second : nullptr; }
+};
+
+// Throws FRexception -3 for an array, whose children have no names.
+Place PlaceOf(CParaSet& node, const std::string& key) {
+    if (NodeAccess::Impl(node).m_iValType == CParaSet::PARA_ARRAY) {
+        throw FRexception(-3);
+    }
+    auto& index = NodeAccess::Index(node);
+    const auto entry = index.lower_bound(key);
+    return {entry, entry != index.end() && entry->first == key};
+}
+
+// `place` is PlaceOf(node, key) and has no child.
+void Link(CParaSet& node, const Place& place, const std::string& key,
+          std::unique_ptr<CParaSet> child) {
+    if (place.known) {
+        place.entry->second = child.release();
+    } else {
+        NodeAccess::Index(node).emplace_hint(place.entry, key, child.get());
+        static_cast<void>(child.release());
+    }
+    NodeAccess::Impl(node).m_iValType = CParaSet::PARA_STRUCT;
+}
+
 }  // namespace
 
 CParaSet* NodeAccess::Child(const CParaSet& node, const std::string& key) {
     const auto entry = Index(node).find(key);
     return entry == Index(node).end() ? nullptr : entry->second;
+}
+
+CParaSet& NodeAccess::MakeChild(CParaSet& node, const std::string& key) {
+    const Place place = PlaceOf(node, key);
+    if (CParaSet* child = place.Child()) {
+        return *child;
+    }
+    CParaSet* made = NewChild(key);
+    Link(node, place, key, std::unique_ptr<CParaSet>(made));
+    return *made;
 }
 
 CParaSet& CParaSet::operator[](int index) {
@@ -65,7 +105,7 @@ CParaSet& CParaSet::operator[](int index) {
         }
         CParaSet*& slot = m_vctValue[position];
         if (slot == nullptr) {
-            slot = NodeAccess::NewChild(kElementName);
+            slot = NodeAccess::NewElement();
         }
         type = PARA_ARRAY;
         return *slot;
@@ -87,15 +127,11 @@ CParaSet& CParaSet::operator[](const char* path) {
     CParaSet* node = this;
     std::string key;
     while (true) {
-        if (node->m_pImpl->m_iValType == PARA_ARRAY) {
-            throw FRexception(-3);  // nothing has been made yet: what is made is no array
-        }
         const std::string_view head = TakeHead(path);
         key.assign(head);
-        const auto entry = node->m_mapValue.lower_bound(key);
-        const bool known = entry != node->m_mapValue.end() && entry->first == key;
-        if (known && entry->second != nullptr) {
-            node = entry->second;
+        const Place place = PlaceOf(*node, key);
+        if (CParaSet* child = place.Child()) {
+            node = child;
             if (path == nullptr) {
                 return *node;
             }
@@ -107,13 +143,7 @@ CParaSet& CParaSet::operator[](const char* path) {
         while (path != nullptr) {
             last = MakeOnlyChild(*last, TakeHead(path));
         }
-        if (known) {
-            entry->second = made.release();
-        } else {
-            node->m_mapValue.emplace_hint(entry, std::move(key), made.get());
-            made.release();
-        }
-        node->m_pImpl->m_iValType = PARA_STRUCT;
+        Link(*node, place, key, std::move(made));
         return *last;
     }
 }
