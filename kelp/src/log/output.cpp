@@ -26,17 +26,11 @@ constexpr std::size_t kFileBuffer = 1U << 16U;
 
 constinit std::atomic<int> g_descriptor{STDERR_FILENO};
 
-void WriteToStandardError(const std::vector<std::string>& lines) {
-    std::string bytes;
-    for (const std::string& line : lines) {
-        bytes += line;
-        bytes += '\n';
-        if (bytes.size() > kFileBuffer) {
-            WriteAll(STDERR_FILENO, bytes);
-            bytes.clear();
-        }
+void WriteToStandardError(const Lines& lines) {
+    StandardError out;
+    for (const Line& line : lines) {
+        out << line.text << "\n";
     }
-    WriteAll(STDERR_FILENO, bytes);
 }
 
 spdlog::file_event_handlers TrackDescriptor() {
@@ -97,10 +91,10 @@ class FileOutput {
         m_sink.set_formatter(std::make_unique<LineFormatter>());
     }
 
-    void Write(const std::vector<std::string>& lines) {
+    void Write(const Lines& lines) {
         const spdlog::log_clock::time_point unused;
-        for (const std::string& line : lines) {
-            m_sink.log({unused, {}, "", spdlog::level::info, line});
+        for (const Line& line : lines) {
+            m_sink.log({unused, {}, "", spdlog::level::info, line.text});
         }
         m_sink.flush();
     }
@@ -145,7 +139,7 @@ bool Output::OpenFile() {
 void Output::Fail(const char* why) {
     m_file.reset();
     m_retry = std::chrono::steady_clock::now() + kRetryAfter;
-    Complain("records go to standard error, cannot write ", m_options.file + ": ", why);
+    Complain({"records go to standard error, cannot write ", m_options.file, ": ", why});
 }
 
 bool Output::FileIsUsable() {
@@ -158,7 +152,7 @@ bool Output::FileIsUsable() {
     return m_file != nullptr || (std::chrono::steady_clock::now() >= m_retry && OpenFile());
 }
 
-void Output::Write(const std::vector<std::string>& lines) {
+void Output::Write(const Lines& lines) {
     if (FileIsUsable()) {
         try {
             m_file->Write(lines);
