@@ -74,7 +74,8 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
     }
     if (LacksNearlyAll(*table)) {
         TraceWarn("[Table2ParaSet] table \"%.64s\" left out: its %zu rows lack most of %zu columns",
-                  table->name ? table->name->str().c_str() : "", rows, table->schema->Count());
+                  table->name ? std::string(table->name->view()).c_str() : "", rows,
+                  table->schema->Count());
         return -3;
     }
     NodeAccess::MakeChild(node, reserved::kRowCount) = static_cast<int>(rows);
@@ -84,7 +85,7 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
     for (const AsnSchemaItem& item : *table->schema) {
         columns.push_back({&item, item.type, nullptr});
         if (item.desc) {
-            NodeAccess::MakeChild(node, item.name.str()).SetDesc(item.desc->str());
+            NodeAccess::MakeChild(node, item.name.str()).SetDesc(std::string(item.desc->view()));
         }
     }
     int r = 0;
