@@ -77,10 +77,13 @@ std::string ReasonToDiffer(std::string_view octets, const std::string& why, AsnT
         }
         return "";
     }
+    if (!EndsOnItsOwn(octets, ours)) {
+        return "a length left open to the end of the input";
+    }
     const std::string outline = Outline(ours);
-    for (const char* limit :
-         {"7ff0000000000000", "fff0000000000000", "=0000000000000000", "=8000000000000000"}) {
-        if (outline.find(limit) != std::string::npos) {
+    for (const char* limit : {"{dVal=7ff0000000000000}", "{dVal=fff0000000000000}",
+                              "{dVal=0000000000000000}", "{dVal=8000000000000000}"}) {
+        if (outline == limit) {
             return "a REAL beyond a double's range";  // refused by asn1c, rounded by us
         }
     }
