@@ -48,11 +48,12 @@ template <class Element>
 bool IsListOf(const AsnType& value, std::string& text) {
     const auto* list = dynamic_cast<const AsnList<Element>*>(&value);
     if (list != nullptr) {
-        text = "[";
+        const char* separator = "[";
         for (const Element& element : *list) {
-            text += (text.size() == 1 ? "" : " ") + Outline(element);
+            text += separator + Outline(element);
+            separator = " ";
         }
-        text += ']';
+        text += list->empty() ? "[]" : "]";
     }
     return list != nullptr;
 }
