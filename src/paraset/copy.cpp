@@ -26,15 +26,15 @@ void MakeRoom(std::string& to, const std::string& from) {
 void CopyValue(CParaSet& to, const CParaSet& from) {
     CParaSetImpl& target = NodeAccess::Impl(to);
     const CParaSetImpl& source = NodeAccess::Impl(from);
-    MakeRoom(target.m_strName, source.m_strName);
     MakeRoom(NodeAccess::Desc(to), NodeAccess::Desc(from));
-    MakeRoom(target.m_strValue, source.m_strValue);
+    kelp::BlockText name(source.m_strName);
+    kelp::BlockText value(source.m_strValue);
     if (source.m_iValType == CParaSet::PARA_RESID && NodeAccess::Resource(from) != nullptr) {
         auto* copy = new AsnDistinguishedResource(*NodeAccess::Resource(from));
         delete NodeAccess::Resource(to);
         NodeAccess::Resource(to) = copy;
     }
-    target.m_strName = source.m_strName;
+    target.m_strName = std::move(name);
     if (!NodeAccess::Desc(from).empty() || !NodeAccess::Desc(to).empty()) {
         NodeAccess::Desc(to) = NodeAccess::Desc(from);
     }
@@ -42,7 +42,7 @@ void CopyValue(CParaSet& to, const CParaSet& from) {
     target.m_iUnread = source.m_iUnread;
     target.m_dValue = source.m_dValue;
     target.m_iValue = source.m_iValue;
-    target.m_strValue = source.m_strValue;
+    target.m_strValue = std::move(value);
 }
 
 struct Children {
@@ -61,7 +61,7 @@ struct PendingCopy {
 };
 
 CParaSet* CopyOf(const CParaSet& from, std::vector<PendingCopy>& pending) {
-    std::unique_ptr<CParaSet> copy(NodeAccess::NewChild({}));
+    std::unique_ptr<CParaSet> copy(NodeAccess::NewElement());
     CopyValue(*copy, from);
     if (HasChildren(from)) {
         pending.push_back({&from, copy.get()});
@@ -117,10 +117,9 @@ const CParaSet& CParaSet::setValue(const CParaSet& other) {
     // From here on `other` may be gone: it may have been one of the old children.
     m_vctValue.swap(children.list);
     m_mapValue.swap(children.index);
-    if (m_pImpl->m_pUnlinked != nullptr) {
-        const auto unlinked = std::move(m_pImpl->m_pUnlinked);
+    if (m_pImpl->m_pRare != nullptr) {
         std::map<std::string, CParaSet*> none;
-        NodeAccess::Destroy(*unlinked, none);
+        NodeAccess::Destroy(m_pImpl->m_pRare->unlinked, none);
     }
     return *this;
 }

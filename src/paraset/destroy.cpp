@@ -21,7 +21,7 @@ class DoomedNodes {
             return;
         }
         if (NodeAccess::List(*node).empty() && NodeAccess::Index(*node).empty() &&
-            NodeAccess::Impl(*node).m_pUnlinked == nullptr) {
+            NodeAccess::Impl(*node).m_pRare == nullptr) {
             delete node;
             return;
         }
@@ -51,8 +51,8 @@ class DoomedNodes {
     }
 
     void AddUnlinked(CParaSet& node) noexcept {
-        if (const auto unlinked = std::move(NodeAccess::Impl(node).m_pUnlinked)) {
-            AddList(*unlinked);
+        if (const auto& rare = NodeAccess::Impl(node).m_pRare) {
+            AddList(rare->unlinked);
         }
     }
 
@@ -144,11 +144,7 @@ bool CParaSet::remove(int index) {
         }
         const auto entry = std::next(m_mapValue.begin(), index);
         if (entry->second != nullptr) {
-            auto& unlinked = m_pImpl->m_pUnlinked;
-            if (unlinked == nullptr) {
-                unlinked = std::make_unique<std::vector<CParaSet*>>();
-            }
-            unlinked->push_back(entry->second);
+            m_pImpl->EnsureRare().unlinked.push_back(entry->second);
         }
         m_mapValue.erase(entry);
         return true;

@@ -105,7 +105,7 @@ CParaSet& CParaSet::operator[](int index) {
         }
         CParaSet*& slot = m_vctValue[position];
         if (slot == nullptr) {
-            slot = NodeAccess::NewChild(kElementName);
+            slot = NodeAccess::NewElement();
         }
         type = PARA_ARRAY;
         return *slot;

@@ -212,6 +212,22 @@ class KELP_API AsnReader {
         return content;
     }
 
+    /// Whether the contents being read are exactly one element of a one-octet identifier
+    /// around one primitive element of a one-octet identifier, with definite lengths of one
+    /// octet: what an explicitly tagged scalar mostly is. Then both identifiers, the outer
+    /// one in the higher octet; else 0. Consumes nothing.
+    unsigned PlainTagged() const {
+        const std::size_t left = Left();
+        if (indefinite_ || left < 4 || left > 0x81 || at_[1] != left - 2 || at_[3] != left - 4 ||
+            depth_ + 2 > kMaxDepth) {
+            return 0;
+        }
+        return static_cast<unsigned>(at_[0]) << 8 | at_[2];
+    }
+    /// Consumes both identifiers and lengths; the element's contents come next.
+    /// REQUIRES: PlainTagged() was not 0.
+    void SkipPlainTag() { at_ += 4; }
+
     /// The identifier that comes next, without consuming it.
     AsnIdentifier PeekIdentifier() {
         const unsigned char* here = at_;

@@ -45,7 +45,7 @@ class KELP_API AsnOptionalBase {
   protected:
     AsnOptionalBase() = default;
     explicit AsnOptionalBase(AsnType* value) : value_(value) {}
-    ~AsnOptionalBase() { delete value_; }
+    ~AsnOptionalBase() = default;
 
     AsnType* value_ = nullptr;
 };
@@ -57,6 +57,7 @@ class AsnOptional : public AsnOptionalBase {
     AsnOptional() = default;
     AsnOptional(const AsnOptional& other) : AsnOptionalBase(CopyOf(other)) {}
     AsnOptional(AsnOptional&& other) noexcept : AsnOptionalBase(other.release()) {}
+    ~AsnOptional() { delete get(); }  // the class is known here, and often final
     AsnOptional& operator=(const AsnOptional& other) {
         if (this != &other) {
             reset_type(CopyOf(other));
