@@ -10,11 +10,13 @@ function(_module layer name)
   add_library(${target} OBJECT ${M_SOURCES})
   target_include_directories(${target} PUBLIC
     ${${layer}_PUBLIC_INCLUDE} ${${layer}_PRIVATE_INCLUDE})
-  target_link_libraries(${target} PUBLIC project_flags ${M_DEPENDS} PRIVATE ${M_LIBRARIES})
+  target_link_libraries(${target}
+    PUBLIC project_flags ${${layer}_BENEATH} ${M_DEPENDS} PRIVATE ${M_LIBRARIES})
   target_compile_definitions(${target} PRIVATE ${layer}_BUILDING)
   set_property(GLOBAL APPEND PROPERTY ${layer}_MODULES ${target})
   set_property(GLOBAL APPEND PROPERTY ${layer}_LIBRARIES ${M_LIBRARIES})
-  set_property(GLOBAL APPEND PROPERTY TARGET_GRAPH "${target}: ${M_DEPENDS}")
+  string(JOIN " " edges ${${layer}_BENEATH} ${M_DEPENDS})
+  set_property(GLOBAL APPEND PROPERTY TARGET_GRAPH "${target}: ${edges}")
 endfunction()
 
 # kelp_module(log SOURCES a.cpp DEPENDS kelp_secure LIBRARIES spdlog::spdlog)
@@ -42,7 +44,8 @@ function(link_layer layer library)
   add_library(${library}_static STATIC ${objects})
   set_target_properties(${library} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${L_SOVERSION})
-  set_property(GLOBAL APPEND PROPERTY TARGET_GRAPH "${library}: ${modules}")
+  string(JOIN " " edges ${modules})
+  set_property(GLOBAL APPEND PROPERTY TARGET_GRAPH "${library}: ${edges}")
   foreach(target ${library} ${library}_static)
     target_include_directories(${target} PUBLIC
       $<BUILD_INTERFACE:${${layer}_PUBLIC_INCLUDE}>

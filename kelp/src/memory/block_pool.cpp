@@ -2,19 +2,20 @@
 
 #include <sys/mman.h>
 
+#include <bit>
 #include <new>
 
 namespace kelp::memory {
 
-struct alignas(64) BlockPool::Region {
+struct BlockPool::Region {
     Region* previous = nullptr;
     Region* next = nullptr;
-    FreeBlockLink* free = nullptr;
-    std::uint32_t out = 0;     // blocks in use or in a thread's cache
-    std::uint32_t carved = 0;  // blocks that were ever handed out
-    std::uint32_t capacity = 0;
+    std::uint32_t free = 0;        // set bits in the bitmap
+    std::uint32_t first_word = 0;  // words before it have no set bit
     bool linked = false;
     bool counted_empty = false;
+
+    std::uint64_t* bitmap() { return reinterpret_cast<std::uint64_t*>(this + 1); }
 };
 
 namespace {
@@ -43,6 +44,15 @@ BlockPool::~BlockPool() {
     Trim();
 }
 
+void BlockPool::SetBlockSize(std::size_t size_octets) {
+    size_ = size_octets;
+    reciprocal_ = (std::uint64_t{1} << 32) / size_ + 1;
+    const std::size_t bits = kRegionSize / size_;
+    const std::size_t header = sizeof(Region) + (bits + 63) / 64 * sizeof(std::uint64_t);
+    first_block_ = static_cast<std::uint32_t>((header + 63) / 64 * 64);
+    capacity_ = static_cast<std::uint32_t>((kRegionSize - first_block_) / size_);
+}
+
 BlockPool::Region* BlockPool::NewRegion() noexcept {
     void* memory = MapAligned(kRegionSize);
     if (memory == nullptr) {
@@ -54,7 +64,13 @@ BlockPool::Region* BlockPool::NewRegion() noexcept {
         madvise(memory, kRegionSize, MADV_HUGEPAGE);
     }
     auto* region = new (memory) Region;
-    region->capacity = static_cast<std::uint32_t>((kRegionSize - sizeof(Region)) / size_);
+    region->free = capacity_;
+    std::uint64_t* word = region->bitmap();
+    for (std::uint32_t left = capacity_; left != 0; ++word) {
+        const std::uint32_t bits = left < 64 ? left : 64;
+        *word = ~std::uint64_t{0} >> (64 - bits);
+        left -= bits;
+    }
     reserved_.fetch_add(kRegionSize, std::memory_order_relaxed);
     return region;
 }
@@ -83,11 +99,9 @@ void BlockPool::Release(Region* region) noexcept {
     munmap(region, kRegionSize);
 }
 
-FreeBlockLink* BlockPool::Take(unsigned wanted, unsigned& got) noexcept {
+unsigned BlockPool::Take(void** blocks, unsigned wanted) noexcept {
     const std::lock_guard guard(lock_);
-    FreeBlockLink* list = nullptr;
-    FreeBlockLink** tail = &list;
-    got = 0;
+    unsigned got = 0;
     while (got < wanted) {
         if (available_ == nullptr) {
             Region* fresh = NewRegion();
@@ -101,44 +115,44 @@ FreeBlockLink* BlockPool::Take(unsigned wanted, unsigned& got) noexcept {
             region->counted_empty = false;
             g_empty_octets.fetch_sub(kRegionSize, std::memory_order_relaxed);
         }
-        while (got < wanted && (region->free != nullptr || region->carved < region->capacity)) {
-            FreeBlockLink* block = region->free;
-            if (block != nullptr) {
-                region->free = block->next;
-            } else {
-                char* base = reinterpret_cast<char*>(region) + sizeof(Region);
-                block = reinterpret_cast<FreeBlockLink*>(base + region->carved * size_);
-                ++region->carved;
+        char* const base = reinterpret_cast<char*>(region) + first_block_;
+        std::uint64_t* const bitmap = region->bitmap();
+        std::uint32_t word = region->first_word;
+        while (got < wanted && region->free != 0) {
+            while (bitmap[word] == 0) {
+                ++word;
             }
-            ++region->out;
-            *tail = block;
-            tail = &block->next;
-            ++got;
+            const auto bit = static_cast<unsigned>(std::countr_zero(bitmap[word]));
+            bitmap[word] &= bitmap[word] - 1;
+            blocks[got++] = base + (std::size_t{word} * 64 + bit) * size_;
+            --region->free;
         }
-        if (region->free == nullptr && region->carved == region->capacity) {
+        region->first_word = word;
+        if (region->free == 0) {
             Unlink(region);
         }
     }
-    *tail = nullptr;
     handed_out_.fetch_add(got * size_, std::memory_order_relaxed);
-    return list;
+    return got;
 }
 
-void BlockPool::Give(FreeBlockLink* list) noexcept {
+void BlockPool::Give(void* const* blocks, unsigned count) noexcept {
     const std::lock_guard guard(lock_);
-    std::size_t returned = 0;
-    while (list != nullptr) {
-        FreeBlockLink* block = list;
-        list = list->next;
-        const auto address = reinterpret_cast<std::uintptr_t>(block);
+    for (unsigned i = 0; i < count; ++i) {
+        const auto address = reinterpret_cast<std::uintptr_t>(blocks[i]);
         auto* region = reinterpret_cast<Region*>(address & ~(kRegionSize - 1));
-        block->next = region->free;
-        region->free = block;
-        returned += size_;
+        const std::uint64_t offset = (address & (kRegionSize - 1)) - first_block_;
+        const auto index = static_cast<std::uint32_t>(offset * reciprocal_ >> 32);
+        const std::uint32_t word = index / 64;
+        region->bitmap()[word] |= std::uint64_t{1} << (index % 64);
+        if (word < region->first_word) {
+            region->first_word = word;
+        }
+        ++region->free;
         if (!region->linked) {
             Link(region);
         }
-        if (--region->out == 0) {
+        if (region->free == capacity_) {
             if (g_empty_octets.load(std::memory_order_relaxed) >= kRetainedLimit) {
                 Release(region);
             } else {
@@ -147,7 +161,7 @@ void BlockPool::Give(FreeBlockLink* list) noexcept {
             }
         }
     }
-    handed_out_.fetch_sub(returned, std::memory_order_relaxed);
+    handed_out_.fetch_sub(count * size_, std::memory_order_relaxed);
 }
 
 void BlockPool::Trim() noexcept {

@@ -2,11 +2,12 @@
 // block's address alone.
 //
 // Design notes. The pool's lock covers its lists and the headers of its regions; it is
-// taken once a batch, never once a block. A block that is out belongs to whoever holds
-// it; its first word is the link while it is free. A region whose last block returns
-// is empty; empty regions are kept up to a limit shared by all pools, so that a
-// process which builds and drops large trees does not pay the kernel for fresh pages
-// each time, and the rest is unmapped.
+// taken once a batch, never once a block. Which blocks are free stands in a bitmap in the
+// region's header: taking and giving never touch the blocks themselves, which are
+// likely to be in no cache, and a batch is handed out in the order of its addresses
+// however it came back. A region whose last block returns is empty; empty regions are kept up to a
+// limit shared by all pools, so that a process which builds and drops large trees does not pay the
+// kernel for fresh pages each time, and the rest is unmapped.
 #pragma once
 
 #include <atomic>
@@ -15,10 +16,6 @@
 #include <mutex>
 
 namespace kelp::memory {
-
-struct FreeBlockLink {
-    FreeBlockLink* next;
-};
 
 class BlockPool {
   public:
@@ -30,15 +27,16 @@ class BlockPool {
     BlockPool(const BlockPool&) = delete;
     BlockPool& operator=(const BlockPool&) = delete;
 
-    /// REQUIRES: called once, before any other call; size_octets is a multiple of 8.
-    void SetBlockSize(std::size_t size_octets) { size_ = size_octets; }
+    /// REQUIRES: called once, before any other call; size_octets is a multiple of 8, from
+    /// 8 to 512.
+    void SetBlockSize(std::size_t size_octets);
 
-    /// Links `wanted` blocks into a list; null when the system has no memory left and
-    /// not one block could be had.
-    FreeBlockLink* Take(unsigned wanted, unsigned& got) noexcept;
+    /// Writes up to `wanted` blocks to `blocks` and returns how many: fewer when the
+    /// system has no memory left.
+    unsigned Take(void** blocks, unsigned wanted) noexcept;
 
-    /// Takes a list of blocks back.
-    void Give(FreeBlockLink* list) noexcept;
+    /// Takes `count` blocks back.
+    void Give(void* const* blocks, unsigned count) noexcept;
 
     /// Unmaps all empty regions.
     void Trim() noexcept;
@@ -56,7 +54,10 @@ class BlockPool {
 
     std::mutex lock_;
     std::size_t size_ = 0;
-    Region* available_ = nullptr;  // regions with a free block, the fullest used first
+    std::uint32_t capacity_ = 0;     // blocks in a region
+    std::uint32_t first_block_ = 0;  // their offset from the region's start
+    std::uint64_t reciprocal_ = 0;   // 2^32 / size_, rounded up: exact for offsets in a region
+    Region* available_ = nullptr;    // regions with a free block
     std::atomic<std::size_t> reserved_{0};
     std::atomic<std::size_t> handed_out_{0};
 };

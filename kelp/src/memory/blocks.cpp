@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 #include "memory/block_pool.h"
 
@@ -42,7 +43,6 @@ void TrimBlocks() {}
 namespace {
 
 using memory::BlockPool;
-using memory::FreeBlockLink;
 
 constexpr std::size_t kGranule = 8;
 constexpr std::size_t kClasses = kMaxBlockSize / kGranule + 1;
@@ -61,18 +61,19 @@ Pools& AllPools() {
     return *pools;
 }
 
+// How many blocks move between a cache and its pool at a time; a cache holds twice that.
 constexpr unsigned BatchOf(std::size_t index) {
-    return static_cast<unsigned>(std::clamp<std::size_t>(8192 / (index * kGranule), 16, 128));
+    return static_cast<unsigned>(std::clamp<std::size_t>(16384 / (index * kGranule), 32, 128));
 }
 
 struct CacheList {
-    FreeBlockLink* head;
+    void** blocks;  // null until the thread's first miss
     unsigned count;
+    unsigned capacity;
 };
 
 struct Cache {
     std::array<CacheList, kClasses> of;
-    bool open;
     bool closed;
 };
 
@@ -80,60 +81,71 @@ struct Cache {
 // room that the loader reserves for libraries loaded late.
 __attribute__((tls_model("initial-exec"))) thread_local Cache t_cache{};
 
-void Drain() noexcept {
-    for (std::size_t i = 1; i < kClasses; ++i) {
-        if (t_cache.of[i].head != nullptr) {
-            AllPools().of[i].Give(t_cache.of[i].head);
-            t_cache.of[i] = {};
-        }
-    }
+void Drain(CacheList& cached, std::size_t index) noexcept {
+    AllPools().of[index].Give(cached.blocks, cached.count);
+    cached.count = 0;
 }
 
 struct CacheGuard {
-    CacheGuard() { t_cache.open = true; }
     ~CacheGuard() {
-        Drain();
-        t_cache.open = false;
         t_cache.closed = true;
+        for (std::size_t i = 1; i < kClasses; ++i) {
+            CacheList& cached = t_cache.of[i];
+            if (cached.blocks != nullptr) {
+                Drain(cached, i);
+                delete[] cached.blocks;
+                cached = {};
+            }
+        }
     }
 };
 
-void OpenCache() {
-    if (!t_cache.closed) {
-        static thread_local CacheGuard guard;
-        static_cast<void>(guard);
+// Gives the thread a cache for this size; false when the thread is past having one or
+// memory is out.
+bool OpenCache(CacheList& cached, std::size_t index) noexcept {
+    if (t_cache.closed) {
+        return false;
     }
+    static thread_local CacheGuard guard;
+    static_cast<void>(guard);
+    const unsigned capacity = 2 * BatchOf(index);
+    cached.blocks = new (std::nothrow) void*[capacity];
+    cached.capacity = cached.blocks == nullptr ? 0 : capacity;
+    return cached.blocks != nullptr;
 }
 
 [[gnu::noinline]] void* TakeSlow(std::size_t index) {
-    OpenCache();
-    unsigned got = 0;
-    FreeBlockLink* list = AllPools().of[index].Take(t_cache.open ? BatchOf(index) : 1, got);
-    if (list == nullptr) {
+    CacheList& cached = t_cache.of[index];
+    if (cached.blocks == nullptr && !OpenCache(cached, index)) {
+        void* block = nullptr;
+        if (AllPools().of[index].Take(&block, 1) == 0) {
+            throw std::bad_alloc();
+        }
+        return block;
+    }
+    cached.count = AllPools().of[index].Take(cached.blocks, BatchOf(index));
+    if (cached.count == 0) {
         throw std::bad_alloc();
     }
-    t_cache.of[index] = {list->next, got - 1};
-    return list;
+    // The cache is a stack: turned over, it gives ascending addresses.
+    std::reverse(cached.blocks, cached.blocks + cached.count);
+    return cached.blocks[--cached.count];
 }
 
-[[gnu::noinline]] void GiveSlow(std::size_t index) noexcept {
+[[gnu::noinline]] void GiveSlow(void* block, std::size_t index) noexcept {
     CacheList& cached = t_cache.of[index];
-    if (!t_cache.open) {
-        OpenCache();
-    }
-    if (t_cache.open && cached.count <= 2 * BatchOf(index)) {
+    if (cached.blocks == nullptr && !OpenCache(cached, index)) {
+        AllPools().of[index].Give(&block, 1);
         return;
     }
-    // The half that was freed last stays: it is warm.
-    unsigned keep = t_cache.open ? BatchOf(index) : 0;
-    FreeBlockLink** cut = &cached.head;
-    for (unsigned i = 0; i < keep; ++i) {
-        cut = &(*cut)->next;
+    if (cached.count == cached.capacity) {
+        // The half that was freed last stays: it is warm.
+        const unsigned batch = BatchOf(index);
+        AllPools().of[index].Give(cached.blocks, batch);
+        cached.count -= batch;
+        std::copy_n(cached.blocks + batch, cached.count, cached.blocks);
     }
-    FreeBlockLink* surplus = *cut;
-    *cut = nullptr;
-    cached.count = keep;
-    AllPools().of[index].Give(surplus);
+    cached.blocks[cached.count++] = block;
 }
 
 }  // namespace
@@ -144,13 +156,7 @@ void* AllocateBlock(std::size_t size) {
     }
     const std::size_t index = size == 0 ? 1 : (size + kGranule - 1) / kGranule;
     CacheList& cached = t_cache.of[index];
-    FreeBlockLink* block = cached.head;
-    if (block == nullptr) {
-        return TakeSlow(index);
-    }
-    cached.head = block->next;
-    --cached.count;
-    return block;
+    return cached.count != 0 ? cached.blocks[--cached.count] : TakeSlow(index);
 }
 
 void FreeBlock(void* block, std::size_t size) noexcept {
@@ -163,11 +169,10 @@ void FreeBlock(void* block, std::size_t size) noexcept {
     }
     const std::size_t index = size == 0 ? 1 : (size + kGranule - 1) / kGranule;
     CacheList& cached = t_cache.of[index];
-    auto* link = static_cast<FreeBlockLink*>(block);
-    link->next = cached.head;
-    cached.head = link;
-    if (++cached.count > 2 * BatchOf(index) || !t_cache.open) {
-        GiveSlow(index);
+    if (cached.count < cached.capacity) {
+        cached.blocks[cached.count++] = block;
+    } else {
+        GiveSlow(block, index);
     }
 }
 
@@ -181,7 +186,9 @@ BlockUsage GetBlockUsage() {
 }
 
 void TrimBlocks() {
-    Drain();
+    for (std::size_t i = 1; i < kClasses; ++i) {
+        Drain(t_cache.of[i], i);
+    }
     for (BlockPool& pool : AllPools().of) {
         pool.Trim();
     }

@@ -10,208 +10,46 @@
 // Thread rule: thread-compatible.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <iterator>
-#include <memory>
-#include <new>
+#include <ostream>
 #include <utility>
 
+#include "kelp/asn1/elements.h"
 #include "kelp/asn1/types.h"
-#include "kelp/blocks.h"
 
 template <class T>
 class AsnList : public AsnType {
-    struct Stretch {
-        Stretch* previous;
-        Stretch* next;
-        std::uint32_t used;
-        std::uint32_t capacity;
-        T* items() { return reinterpret_cast<T*>(this + 1); }
-    };
-    static_assert(alignof(T) <= alignof(Stretch), "stretches are aligned for pointers");
-
-    template <class Value>
-    class Walk {
-      public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = Value*;
-        using reference = Value&;
-
-        Walk() = default;
-        explicit Walk(Stretch* stretch) : stretch_(stretch) {}
-        Value& operator*() const { return stretch_->items()[at_]; }
-        Value* operator->() const { return &**this; }
-        Walk& operator++() {
-            if (++at_ == stretch_->used) {
-                Stretch* next = stretch_->next;
-                stretch_ = next != nullptr && next->used != 0 ? next : nullptr;
-                at_ = 0;
-            }
-            return *this;
-        }
-        Walk operator++(int) {
-            Walk before = *this;
-            ++*this;
-            return before;
-        }
-        bool operator==(const Walk& other) const = default;
-
-      private:
-        Stretch* stretch_ = nullptr;
-        std::uint32_t at_ = 0;
-    };
-
   public:
-    using iterator = Walk<T>;
-    using const_iterator = Walk<const T>;
-
-    AsnList() = default;
-    AsnList(const AsnList& other) : AsnType(other) { AppendAll(other); }
-    AsnList(AsnList&& other) noexcept { Swap(other); }
-    AsnList& operator=(const AsnList& other) {
-        if (this != &other) {
-            AsnList copy(other);
-            Swap(copy);
-        }
-        return *this;
-    }
-    AsnList& operator=(AsnList&& other) noexcept {
-        Swap(other);
-        return *this;
-    }
-    ~AsnList() override { Release(); }
+    using iterator = typename AsnElements<T>::iterator;
+    using const_iterator = typename AsnElements<T>::const_iterator;
 
     /// A new element at the end.
-    T& Append() { return *new (Slot()) T; }
-    T& Append(T value) { return *new (Slot()) T(std::move(value)); }
+    T& Append() { return elements_.Append(); }
+    T& Append(T value) { return elements_.Append(std::move(value)); }
 
-    /// Makes one stretch hold the next `count` elements: worth a call when the number
-    /// is known.
-    void Reserve(std::size_t count) {
-        if (count != 0 && (last_ == nullptr || last_->capacity - last_->used < count)) {
-            AddStretch(count);
-        }
-    }
+    /// Makes room for `count` more elements at once: worth a call when the number is
+    /// known.
+    void Reserve(std::size_t count) { elements_.Reserve(count); }
 
-    std::size_t Count() const { return count_; }
-    bool empty() const { return count_ == 0; }
+    std::size_t Count() const { return elements_.Count(); }
+    bool empty() const { return elements_.empty(); }
 
     /// The element at zero-based position `n`, or null when there is none.
-    T* At(std::size_t n) { return Find(n); }
-    const T* At(std::size_t n) const { return Find(n); }
+    T* At(std::size_t n) { return elements_.At(n); }
+    const T* At(std::size_t n) const { return elements_.At(n); }
     /// REQUIRES: n < Count().
-    T& operator[](std::size_t n) { return *Find(n); }
-    const T& operator[](std::size_t n) const { return *Find(n); }
+    T& operator[](std::size_t n) { return *elements_.At(n); }
+    const T& operator[](std::size_t n) const { return *elements_.At(n); }
 
-    iterator begin() { return empty() ? iterator() : iterator(first_); }
-    iterator end() { return iterator(); }
-    const_iterator begin() const { return empty() ? const_iterator() : const_iterator(first_); }
-    const_iterator end() const { return const_iterator(); }
+    iterator begin() { return elements_.begin(); }
+    iterator end() { return elements_.end(); }
+    const_iterator begin() const { return elements_.begin(); }
+    const_iterator end() const { return elements_.end(); }
 
-    void Clear() override { Release(); }
+    void Clear() override { elements_.Clear(); }
 
   protected:
-    /// Calls `visit` for every element, the last one first.
-    template <class Visit>
-    void EachFromBehind(Visit visit) const {
-        for (Stretch* s = last_; s != nullptr; s = s->previous) {
-            for (std::uint32_t i = s->used; i != 0; --i) {
-                visit(static_cast<const T&>(s->items()[i - 1]));
-            }
-        }
-    }
-
-  private:
-    static constexpr std::size_t kFirstCapacity = 8;
-    static constexpr std::size_t kLastCapacity = 1024;
-
-    static std::size_t OctetsOf(std::size_t capacity) {
-        return sizeof(Stretch) + capacity * sizeof(T);
-    }
-
-    // The stretch is linked with its new element counted, so that an element whose
-    // construction throws would be destroyed unconstructed: elements of lists have
-    // constructors that do not throw (copying appends a default one and assigns).
-    void* Slot() {
-        static_assert(std::is_nothrow_default_constructible_v<T>);
-        if (last_ == nullptr || last_->used == last_->capacity) {
-            AddStretch(last_ == nullptr ? kFirstCapacity
-                                        : std::min<std::size_t>(std::size_t{last_->capacity} * 2,
-                                                                kLastCapacity));
-        }
-        ++count_;
-        return last_->items() + last_->used++;
-    }
-
-    void AddStretch(std::size_t capacity) {
-        auto* fresh = static_cast<Stretch*>(kelp::AllocateBlock(OctetsOf(capacity)));
-        fresh->next = nullptr;
-        fresh->used = 0;
-        fresh->capacity = static_cast<std::uint32_t>(capacity);
-        if (last_ != nullptr && last_->used == 0) {
-            // An empty stretch in the middle would end an iteration early.
-            Stretch* empty = last_;
-            Detach(empty);
-            kelp::FreeBlock(empty, OctetsOf(empty->capacity));
-        }
-        fresh->previous = last_;
-        (last_ != nullptr ? last_->next : first_) = fresh;
-        last_ = fresh;
-    }
-
-    void Detach(Stretch* tail) {
-        last_ = tail->previous;
-        (last_ != nullptr ? last_->next : first_) = nullptr;
-    }
-
-    T* Find(std::size_t n) const {
-        for (Stretch* s = first_; s != nullptr; s = s->next) {
-            if (n < s->used) {
-                return s->items() + n;
-            }
-            n -= s->used;
-        }
-        return nullptr;
-    }
-
-    void AppendAll(const AsnList& other) {
-        try {
-            Reserve(other.count_);
-            for (const T& element : other) {
-                Append() = element;
-            }
-        } catch (...) {
-            Release();
-            throw;
-        }
-    }
-
-    void Release() noexcept {
-        for (Stretch* s = first_; s != nullptr;) {
-            Stretch* next = s->next;
-            for (std::uint32_t i = 0; i < s->used; ++i) {
-                s->items()[i].~T();
-            }
-            kelp::FreeBlock(s, OctetsOf(s->capacity));
-            s = next;
-        }
-        first_ = last_ = nullptr;
-        count_ = 0;
-    }
-
-    void Swap(AsnList& other) noexcept {
-        std::swap(first_, other.first_);
-        std::swap(last_, other.last_);
-        std::swap(count_, other.count_);
-    }
-
-    Stretch* first_ = nullptr;
-    Stretch* last_ = nullptr;
-    std::size_t count_ = 0;
+    AsnElements<T> elements_;
 };
 
 /// SEQUENCE OF T. A list with a name of its own is AsnCopyable over it.
@@ -221,7 +59,7 @@ class AsnSeqOf : public AsnCopyable<AsnSeqOf<T>, AsnList<T>> {
     AsnIdentifier Identifier() const override { return kAsnSequence; }
 
     void BEncContent(AsnBuffer& out) const override {
-        this->EachFromBehind([&out](const T& element) { element.T::BEnc(out); });
+        this->elements_.EachFromBehind([&out](const T& element) { element.T::BEnc(out); });
     }
 
     /// Appends an element for each one found. An element of another type fails with

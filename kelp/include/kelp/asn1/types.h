@@ -94,8 +94,8 @@ class AsnCopyable : public Base {
 /// BOOLEAN. Any non-zero octet reads as true; true is written as 0xFF.
 class KELP_API AsnBool final : public AsnCopyable<AsnBool, AsnType> {
   public:
-    AsnBool(bool value = false) : value_(value) {}  // NOLINT(google-explicit-constructor)
-    operator bool() const { return value_; }        // NOLINT(google-explicit-constructor)
+    AsnBool(bool value = false) noexcept : value_(value) {}  // NOLINT(google-explicit-constructor)
+    operator bool() const { return value_; }                 // NOLINT(google-explicit-constructor)
 
     AsnIdentifier Identifier() const override { return kAsnBoolean; }
     void Clear() override { value_ = false; }
@@ -111,8 +111,9 @@ class KELP_API AsnBool final : public AsnCopyable<AsnBool, AsnType> {
 /// longer than they need be; more do not fit and fail with "Bad Integer".
 class KELP_API AsnInt final : public AsnCopyable<AsnInt, AsnType> {
   public:
-    AsnInt(std::int64_t value = 0) : value_(value) {}  // NOLINT(google-explicit-constructor)
-    operator std::int64_t() const { return value_; }   // NOLINT(google-explicit-constructor)
+    AsnInt(std::int64_t value = 0) noexcept
+        : value_(value) {}                            // NOLINT(google-explicit-constructor)
+    operator std::int64_t() const { return value_; }  // NOLINT(google-explicit-constructor)
 
     AsnIdentifier Identifier() const override { return kAsnInteger; }
     void Clear() override { value_ = 0; }
@@ -131,8 +132,8 @@ class KELP_API AsnInt final : public AsnCopyable<AsnInt, AsnType> {
 /// underflows to zero.
 class KELP_API AsnReal final : public AsnCopyable<AsnReal, AsnType> {
   public:
-    AsnReal(double value = 0.0) : value_(value) {}  // NOLINT(google-explicit-constructor)
-    operator double() const { return value_; }      // NOLINT(google-explicit-constructor)
+    AsnReal(double value = 0.0) noexcept : value_(value) {}  // NOLINT(google-explicit-constructor)
+    operator double() const { return value_; }               // NOLINT(google-explicit-constructor)
 
     AsnIdentifier Identifier() const override { return kAsnReal; }
     void Clear() override { value_ = 0.0; }

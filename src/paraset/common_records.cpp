@@ -1,0 +1,129 @@
+// Parameter trees to common requests and responses, and back.
+
+#include "paraset/node.h"
+#include "paraset/reserved.h"
+#include "paraset/tables.h"
+
+namespace FrameUtil {
+
+namespace {
+
+// One table a child whose key does not begin with '#', under that key.
+void AppendNamedTables(CParaSet& root, AsnTableList& tables) {
+    for (const auto& [key, child] : NodeAccess::Index(root)) {
+        if (!key.starts_with('#')) {
+            AsnTable& table = tables.Append();
+            table.name.Emplace(key);
+            ParaSet2Table(child, &table);
+        }
+    }
+}
+
+enum class NamedSingleTable { kIntoRoot, kIntoChild };
+
+void TakeTables(CParaSet& root, const AsnOptional<AsnTableList>& tables, NamedSingleTable single) {
+    if (!tables) {
+        root[reserved::kTableCount] = 0;
+        return;
+    }
+    root[reserved::kTableCount] = static_cast<int>(tables->Count());
+    const bool several = tables->Count() > 1;
+    int number = 0;
+    for (const AsnTable& table : *tables) {
+        const bool named = table.name && !table.name->empty();
+        if (several) {
+            Table2ParaSet(&table, root[named ? table.name->str() : "tab" + std::to_string(number)]);
+        } else if (named && single == NamedSingleTable::kIntoChild) {
+            Table2ParaSet(&table, root[table.name->str()]);
+        } else {
+            Table2ParaSet(&table, root);
+        }
+        ++number;
+    }
+}
+
+}  // namespace
+
+int CParaSet::Para2CommonReqAsn(AsnCommonRequest& request) {
+    request.userID = (*this)[reserved::kUserID].asInt();
+    if (const CParaSet* resource = find(reserved::kResID)) {
+        AsnDistinguishedResource& target = request.resID.Ensure();
+        target.Clear();
+        if (resource->asResID() != nullptr) {
+            target = *resource->asResID();
+        }
+    }
+    const CParaSet* table_count = find(reserved::kTableCount);
+    if (table_count == nullptr) {
+        return 0;
+    }
+    const int tables = table_count->asInt();
+    if (tables < 1) {
+        if (request.tables) {
+            request.tables->Clear();
+        }
+        return 0;
+    }
+    AsnTableList& list = request.tables.Ensure();
+    list.Clear();
+    if (tables == 1) {
+        ParaSet2Table(this, &list.Append());
+    } else {
+        AppendNamedTables(*this, list);
+    }
+    return 0;
+}
+
+int CParaSet::Para2CommonRspAsn(AsnCommonResponse& response) {
+    if (const CParaSet* code = find(reserved::kRetCode)) {
+        response.retCode = code->asInt();
+    }
+    if (const CParaSet* code = find(reserved::kRetCodeEx)) {
+        response.retCodeEx.Emplace(code->asInt());
+    }
+    if (CParaSet* version = find(reserved::kVer)) {
+        const char* text = version->asString();
+        response.ver = text == nullptr ? nullptr : new AsnOcts(text);
+    }
+    const CParaSet* table_count = find(reserved::kTableCount);
+    const int tables = table_count == nullptr ? 0 : table_count->asInt();
+    if (tables <= 0) {
+        return 0;
+    }
+    AsnTableList& list = response.tables.Ensure();
+    list.Clear();
+    const CParaSet* row_count = find(reserved::kRowCount);
+    if (tables == 1 && row_count != nullptr && row_count->asInt() != -1) {
+        ParaSet2Table(this, &list.Append());
+    } else {
+        // Unlike a request, also when one table was announced: a root without rows of
+        // its own answers with its children.
+        AppendNamedTables(*this, list);
+    }
+    return 0;
+}
+
+int CParaSet::CommonReqAsn2Para(const AsnCommonRequest& request) {
+    (*this)[reserved::kUserID] = static_cast<int>(static_cast<std::int64_t>(request.userID));
+    if (request.resID) {
+        (*this)[reserved::kResID] =
+            static_cast<const AsnDistinguishedResource*>(request.resID.get());
+    }
+    TakeTables(*this, request.tables, NamedSingleTable::kIntoChild);
+    return 0;
+}
+
+int CParaSet::CommonRspAsn2Para(const AsnCommonResponse& response) {
+    (*this)[reserved::kRetCode] = static_cast<int>(static_cast<std::int64_t>(response.retCode));
+    if (response.retCodeEx) {
+        (*this)[reserved::kRetCodeEx] =
+            static_cast<int>(static_cast<std::int64_t>(*response.retCodeEx));
+    }
+    if (response.ver) {
+        (*this)[reserved::kVer] = std::string(response.ver->str().c_str());
+    }
+    TakeTables(*this, response.tables, NamedSingleTable::kIntoRoot);
+    return 0;
+}
+
+}  // namespace FrameUtil

@@ -1,0 +1,74 @@
+// What the parameter set's own source files see of a node.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frameutil/paraset.h"
+
+namespace FrameUtil {
+
+struct CParaSetImpl {
+    explicit CParaSetImpl(std::string_view name) : m_strName(name) {}
+
+    std::string m_strName;
+    CParaSet::ValueType m_iValType = CParaSet::PARA_NULL;
+    std::int32_t m_iUnread = 0;  // copied with the node; no operation reads it
+    double m_dValue = 0.0;
+    std::int32_t m_iValue = 0;
+    std::string m_strValue;
+    std::int32_t m_iTableCount = 0;
+    std::int32_t m_iRowCount = 0;
+    // Children that remove(int) took off a structure: callers may still hold references
+    // to them.
+    std::unique_ptr<std::vector<CParaSet*>> m_pUnlinked;
+};
+
+struct NodeAccess {
+    static CParaSetImpl& Impl(const CParaSet& node) { return *node.m_pImpl; }
+    static std::vector<CParaSet*>& List(CParaSet& node) { return node.m_vctValue; }
+    static const std::vector<CParaSet*>& List(const CParaSet& node) { return node.m_vctValue; }
+    static std::map<std::string, CParaSet*>& Index(CParaSet& node) { return node.m_mapValue; }
+    static const std::map<std::string, CParaSet*>& Index(const CParaSet& node) {
+        return node.m_mapValue;
+    }
+    static AsnDistinguishedResource*& Resource(CParaSet& node) { return node.m_pResID; }
+    static AsnDistinguishedResource* Resource(const CParaSet& node) { return node.m_pResID; }
+    static std::string& Desc(CParaSet& node) { return node.m_strDesc; }
+    static const std::string& Desc(const CParaSet& node) { return node.m_strDesc; }
+
+    /// A child on the free store, in one block with its implementation object.
+    static CParaSet* NewChild(std::string_view name) {
+        return new CParaSet(CParaSet::ChildTag{}, name);
+    }
+
+    /// Destroys these nodes (nulls among them are skipped) with all that is below them,
+    /// in constant stack and without allocating; the containers are left empty.
+    static void Destroy(std::vector<CParaSet*>& list,
+                        std::map<std::string, CParaSet*>& index) noexcept;
+    static void Destroy(CParaSet* node) noexcept;
+    /// The same for all children of `node`, unlinked ones included.
+    static void DestroyChildren(CParaSet& node) noexcept;
+
+    /// Asks the processor to fetch a node that will be read soon. Children lie in blocks
+    /// of four cache lines; the first holds what only structures and arrays need.
+    [[gnu::always_inline]] static void Prefetch(const CParaSet* node) {
+        const char* line = reinterpret_cast<const char*>(node);
+        __builtin_prefetch(line + 64);
+        __builtin_prefetch(line + 128);
+        __builtin_prefetch(line + 192);
+    }
+
+    /// The child whose key is exactly `key`; null when it is not there or its entry is
+    /// empty.
+    static CParaSet* Child(const CParaSet& node, const std::string& key);
+};
+
+/// The name that elements get which index access makes.
+inline constexpr std::string_view kElementName = "root";
+
+}  // namespace FrameUtil

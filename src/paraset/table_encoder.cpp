@@ -1,0 +1,129 @@
+#include <vector>
+
+#include "paraset/node.h"
+#include "paraset/reserved.h"
+#include "paraset/tables.h"
+
+namespace FrameUtil {
+
+namespace {
+
+constexpr int kArrayCode = 257;
+constexpr int kStringCode = 4;
+constexpr int kDoubleCode = 9;
+constexpr int kIntegerCode = 2;
+
+struct Column {
+    CParaSet* node;  // null for an entry whose child was cleared
+    int type;
+    bool is_array;
+};
+
+// What stands in row `row` of a column. A scalar stands in every row. A structure has
+// no value for a cell, so it is not asked for its row-th entry, which it may not have.
+CParaSet* CellOf(const Column& column, int row) {
+    if (column.node == nullptr || column.node->type() == CParaSet::PARA_STRUCT) {
+        return nullptr;
+    }
+    return &(*column.node)[row];
+}
+
+void FillCell(AsnValue& value, CParaSet* cell, int type) {
+    if (cell == nullptr) {
+        return;
+    }
+    switch (type) {
+        case kStringCode:
+            // Text ends at its first zero octet, as asString() gives it to a caller.
+            if (const char* text = cell->asString()) {
+                value.sVal.Emplace(text);
+            }
+            break;
+        case kDoubleCode:
+            value.dVal.Emplace(cell->asDouble());
+            break;
+        case kIntegerCode:
+            value.iVal.Emplace(cell->asInt());
+            break;
+        default:
+            break;  // not valued on the wire
+    }
+}
+
+// Rows are read across columns that may lie far apart: what a later row needs is
+// fetched while this one is written. Inlined, because the compiler takes a function that
+// only prefetches for one without effect and drops the call.
+[[gnu::always_inline]] inline void PrefetchRow(const std::vector<Column>& columns,
+                                               std::size_t row) {
+    for (const Column& column : columns) {
+        if (!column.is_array) {
+            continue;
+        }
+        const auto& list = NodeAccess::List(*column.node);
+        if (row < list.size() && list[row] != nullptr) {
+            NodeAccess::Prefetch(list[row]);
+        }
+    }
+}
+
+std::vector<Column> DescribeColumns(CParaSet& node, AsnSchemaDef& schema) {
+    std::vector<Column> columns;
+    columns.reserve(NodeAccess::Index(node).size());
+    for (const auto& [key, child] : NodeAccess::Index(node)) {
+        if (key.starts_with('#')) {
+            continue;
+        }
+        Column column{child, child == nullptr ? 5 : child->getType(), false};
+        if (column.type == kArrayCode) {
+            column.type = (*child)[0].getType();
+            column.is_array = true;
+        }
+        AsnSchemaItem& item = schema.Append();
+        item.name = key;
+        item.type = column.type;
+        columns.push_back(column);
+    }
+    return columns;
+}
+
+}  // namespace
+
+int ParaSet2Table(CParaSet* node, AsnTable* table) {
+    if (table == nullptr) {
+        return -3;
+    }
+    const CParaSet* row_count =
+        node == nullptr ? nullptr : NodeAccess::Child(*node, reserved::kRowCount);
+    if (row_count == nullptr) {
+        return -1;
+    }
+    const int rows = row_count->asInt();
+    if (rows == 0) {
+        return -2;
+    }
+    const std::vector<Column> columns = DescribeColumns(*node, table->schema.Ensure());
+    bool has_arrays = false;
+    for (const Column& column : columns) {
+        has_arrays = has_arrays || column.is_array;
+    }
+    if (!has_arrays && rows == 1) {
+        AsnDataRow& row = table->rows.Append();
+        row.Reserve(columns.size());
+        for (const Column& column : columns) {
+            FillCell(row.Append(), column.node, column.type);
+        }
+        return 0;
+    }
+    constexpr std::size_t kRowsAhead = 2;
+    for (int r = 0; r < rows; ++r) {
+        PrefetchRow(columns, static_cast<std::size_t>(r) + kRowsAhead);
+        AsnDataRow& row = table->rows.Append();
+        row.Reserve(columns.size());
+        for (const Column& column : columns) {
+            FillCell(row.Append(), CellOf(column, r), column.type);
+        }
+    }
+    return 0;
+}
+
+}  // namespace FrameUtil

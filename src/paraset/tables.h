@@ -1,0 +1,19 @@
+// One table node to one AsnTable, and back. The converters of the common records drop
+// these codes: a child that is no table travels as an empty one.
+#pragma once
+
+#include "frameutil/paraset.h"
+
+namespace FrameUtil {
+
+/// Appends the columns and rows of `node` to `table`. 0; -3 without a table, -1 without
+/// a node or its "##RowCount" child, -2 when that reads 0. Index access on the way
+/// makes missing elements of array columns.
+int ParaSet2Table(CParaSet* node, AsnTable* table);
+
+/// Writes the rows of `table` into `node`: scalars when there is one row, arrays when
+/// there are several. 0; -1 without a record or its schema, -2 when it has no columns
+/// or no rows. Throws FRexception when existing children refuse their value.
+int Table2ParaSet(const AsnTable* table, CParaSet& node);
+
+}  // namespace FrameUtil
