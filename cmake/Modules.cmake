@@ -16,7 +16,10 @@ function(_module layer name)
   set_property(GLOBAL APPEND PROPERTY ${layer}_MODULES ${target})
   set_property(GLOBAL APPEND PROPERTY ${layer}_LIBRARIES ${M_LIBRARIES})
   string(JOIN " " edges ${${layer}_BENEATH} ${M_DEPENDS})
-  set_property(GLOBAL APPEND PROPERTY TARGET_GRAPH "${target}: ${edges}")
+  string(JOIN " " files ${M_SOURCES})
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  set_property(GLOBAL APPEND PROPERTY TARGET_GRAPH
+    "${target} | ${folder} | ${files} | ${edges}")
 endfunction()
 
 # kelp_module(log SOURCES a.cpp DEPENDS kelp_secure LIBRARIES spdlog::spdlog)
@@ -41,11 +44,10 @@ function(link_layer layer library)
   endforeach()
 
   add_library(${library} SHARED ${objects})
+  add_library(${library}::${library} ALIAS ${library})
   add_library(${library}_static STATIC ${objects})
   set_target_properties(${library} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${L_SOVERSION})
-  string(JOIN " " edges ${modules})
-  set_property(GLOBAL APPEND PROPERTY TARGET_GRAPH "${library}: ${edges}")
   foreach(target ${library} ${library}_static)
     target_include_directories(${target} PUBLIC
       $<BUILD_INTERFACE:${${layer}_PUBLIC_INCLUDE}>
@@ -55,15 +57,17 @@ function(link_layer layer library)
   target_include_directories(${library}_static PUBLIC ${${layer}_PRIVATE_INCLUDE})
   target_link_libraries(${library} PUBLIC ${L_PUBLIC_LINKS})
   foreach(link IN LISTS L_PUBLIC_LINKS)
-    if(TARGET ${link}_static)
-      target_link_libraries(${library}_static PUBLIC ${link}_static)
+    string(REGEX REPLACE "^.*::" "" plain ${link})
+    if(TARGET ${plain}_static)
+      target_link_libraries(${library}_static PUBLIC ${plain}_static)
     else()
       target_link_libraries(${library}_static PUBLIC ${link})
     endif()
   endforeach()
 endfunction()
 
-# Writes "target: its dependencies" lines for the test that guards the layering.
+# Writes a line a module, "target | folder | sources | dependencies", for the test that
+# guards the layering.
 function(write_target_graph file)
   get_property(lines GLOBAL PROPERTY TARGET_GRAPH)
   list(JOIN lines "\n" text)

@@ -87,8 +87,8 @@ enum KelpMsgError : std::uint32_t {
     KELP_MSG_NULL = 0xFFFFFFFF,     ///< asked of a null pointer
 };
 
-/// A zeroed message with room for `bodyOctets` octets, its version, kind and bodyLength
-/// set; null when there is no memory or the body is above 4 GiB - 1 KiB.
+/// A message with room for `bodyOctets` octets, which are not initialised; the header is
+/// zero but for its version, kind and bodyLength. Null when there is no memory or the body is above 1 GiB.
 KELP_API CmdMSG* KelpMsgAlloc(std::size_t bodyOctets) noexcept;
 
 /// Frees a message. Null, and what a failed receive left in a slot, are left alone.

@@ -1,0 +1,6 @@
+// frameutil/frameutil.h - the whole library; each header of a family can be included alone.
+#pragma once
+
+#include "frameutil/log.h"
+#include "frameutil/paraset.h"
+#include "frameutil/version.h"
