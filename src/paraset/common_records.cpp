@@ -120,7 +120,7 @@ int CParaSet::CommonRspAsn2Para(const AsnCommonResponse& response) {
             static_cast<int>(static_cast<std::int64_t>(*response.retCodeEx));
     }
     if (response.ver) {
-        (*this)[reserved::kVer] = std::string(response.ver->str().c_str());
+        (*this)[reserved::kVer] = TextOf(*response.ver);
     }
     TakeTables(*this, response.tables, NamedSingleTable::kIntoRoot);
     return 0;

@@ -32,7 +32,7 @@ bool HasValue(const AsnValue& value, std::int64_t type) {
 void TakeValue(CParaSet& cell, const AsnValue& value, std::int64_t type) {
     switch (type) {
         case kStringCode:
-            cell = std::string(value.sVal->str().c_str());  // up to the first zero octet
+            cell = TextOf(*value.sVal);
             break;
         case kDoubleCode:
             cell = static_cast<double>(*value.dVal);

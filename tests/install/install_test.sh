@@ -12,7 +12,7 @@ program=$source/tests/install/program
 cmake --install "$build" --prefix "$prefix" >"$work/install.log"
 
 run_program() { # title, binary
-  output=$(LD_LIBRARY_PATH="$prefix/lib:$(echo "$prefix"/lib/*-linux-gnu)" "$2")
+  output=$(LD_LIBRARY_PATH=$(dirname "$(find "$prefix" -name libkelp.so)") "$2")
   case "$output" in
     "eth0 1500 "[0-9]*) echo "$1: $output" ;;
     *) echo "$1: unexpected output: $output" >&2; exit 1 ;;
@@ -29,7 +29,7 @@ PKG_CONFIG_PATH=$pkgconfig g++ -std=c++20 "$program/program.cpp" -o "$work/pkgco
   $(PKG_CONFIG_PATH=$pkgconfig pkg-config --define-variable=prefix="$prefix" --cflags --libs frameutil kelp)
 run_program "pkg-config" "$work/pkgconfig_program"
 
-for library in "$prefix"/lib/*/lib{frameutil,kelp}.so; do
+for library in $(find "$prefix" -name libframeutil.so -o -name libkelp.so); do
   readelf -d "$library" | grep -q 'SONAME.*\.so\.[0-9]' || { echo "$library has no SONAME" >&2; exit 1; }
 done
 

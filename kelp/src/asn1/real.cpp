@@ -175,7 +175,9 @@ void AsnReal::BEncContent(AsnBuffer& out) const {
     mantissa >>= zeros;
     exponent += zeros;
 
-    const unsigned mantissa_octets = (71 - static_cast<unsigned>(std::countl_zero(mantissa))) / 8;
+    // Whole octets of zeros in front; the mantissa is odd, so never all eight.
+    const unsigned zero_bits = static_cast<unsigned>(std::countl_zero(mantissa)) & 0x38U;
+    const unsigned mantissa_octets = 8 - zero_bits / 8;
     const unsigned exponent_octets = exponent >= -128 && exponent <= 127 ? 1 : 2;
     unsigned char* at = out.Prepend(1 + exponent_octets + mantissa_octets);
     *at++ = static_cast<unsigned char>(0x80 | (negative ? 0x40 : 0) | (exponent_octets - 1));
@@ -183,7 +185,7 @@ void AsnReal::BEncContent(AsnBuffer& out) const {
         *at++ = static_cast<unsigned char>(static_cast<unsigned>(exponent) >> 8);
     }
     *at++ = static_cast<unsigned char>(exponent);
-    const std::uint64_t ordered = __builtin_bswap64(mantissa << (64 - 8 * mantissa_octets));
+    const std::uint64_t ordered = __builtin_bswap64(mantissa << zero_bits);
     std::memcpy(at, &ordered, mantissa_octets);
 }
 

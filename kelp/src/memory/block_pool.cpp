@@ -100,7 +100,7 @@ void BlockPool::Release(Region* region) noexcept {
 }
 
 unsigned BlockPool::Take(void** blocks, unsigned wanted) noexcept {
-    const std::lock_guard guard(lock_);
+    const MutexLock guard(lock_);
     unsigned got = 0;
     while (got < wanted) {
         if (available_ == nullptr) {
@@ -137,7 +137,7 @@ unsigned BlockPool::Take(void** blocks, unsigned wanted) noexcept {
 }
 
 void BlockPool::Give(void* const* blocks, unsigned count) noexcept {
-    const std::lock_guard guard(lock_);
+    const MutexLock guard(lock_);
     for (unsigned i = 0; i < count; ++i) {
         const auto address = reinterpret_cast<std::uintptr_t>(blocks[i]);
         auto* region = reinterpret_cast<Region*>(address & ~(kRegionSize - 1));
@@ -165,7 +165,7 @@ void BlockPool::Give(void* const* blocks, unsigned count) noexcept {
 }
 
 void BlockPool::Trim() noexcept {
-    const std::lock_guard guard(lock_);
+    const MutexLock guard(lock_);
     for (Region* region = available_; region != nullptr;) {
         Region* next = region->next;
         if (region->counted_empty) {

@@ -13,7 +13,8 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
+
+#include "base/mutex.h"
 
 namespace kelp::memory {
 
@@ -48,16 +49,16 @@ class BlockPool {
     struct Region;
 
     Region* NewRegion() noexcept;
-    void Link(Region* region) noexcept;
-    void Unlink(Region* region) noexcept;
-    void Release(Region* region) noexcept;
+    void Link(Region* region) noexcept KELP_REQUIRES(lock_);
+    void Unlink(Region* region) noexcept KELP_REQUIRES(lock_);
+    void Release(Region* region) noexcept KELP_REQUIRES(lock_);
 
-    std::mutex lock_;
+    Mutex lock_;
     std::size_t size_ = 0;
     std::uint32_t capacity_ = 0;     // blocks in a region
     std::uint32_t first_block_ = 0;  // their offset from the region's start
     std::uint64_t reciprocal_ = 0;   // 2^32 / size_, rounded up: exact for offsets in a region
-    Region* available_ = nullptr;    // regions with a free block
+    Region* available_ KELP_GUARDED_BY(lock_) = nullptr;  // regions with a free block
     std::atomic<std::size_t> reserved_{0};
     std::atomic<std::size_t> handed_out_{0};
 };

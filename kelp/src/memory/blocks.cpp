@@ -30,9 +30,7 @@ namespace kelp {
 void* AllocateBlock(std::size_t size) {
     return ::operator new(size);
 }
-void FreeBlock(void* block, std::size_t size) noexcept {
-    ::operator delete(block, size);
-}
+void FreeBlock(void* block, std::size_t) noexcept { ::operator delete(block); }
 BlockUsage GetBlockUsage() {
     return {};
 }
@@ -164,7 +162,7 @@ void FreeBlock(void* block, std::size_t size) noexcept {
         return;
     }
     if (size > kMaxBlockSize) {
-        ::operator delete(block, size);
+        ::operator delete(block);
         return;
     }
     const std::size_t index = size == 0 ? 1 : (size + kGranule - 1) / kGranule;

@@ -31,6 +31,9 @@ class AsnSequence;
 /// What the runtime sees of an optional field.
 class KELP_API AsnOptionalBase {
   public:
+    AsnOptionalBase(const AsnOptionalBase&) = delete;
+    AsnOptionalBase& operator=(const AsnOptionalBase&) = delete;
+
     AsnType* get_type() const { return value_; }
     void reset_type(AsnType* value = nullptr) {
         delete value_;
@@ -40,8 +43,6 @@ class KELP_API AsnOptionalBase {
   protected:
     AsnOptionalBase() = default;
     explicit AsnOptionalBase(AsnType* value) : value_(value) {}
-    AsnOptionalBase(const AsnOptionalBase&) = delete;
-    AsnOptionalBase& operator=(const AsnOptionalBase&) = delete;
     ~AsnOptionalBase() { delete value_; }
 
     AsnType* value_ = nullptr;
