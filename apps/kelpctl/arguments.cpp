@@ -13,7 +13,9 @@
 namespace kelpctl {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 bool IsName(std::string_view text) {
     const auto letter = [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; };

@@ -176,9 +176,8 @@ int Call(const Options& options, const std::vector<Process>& processes) {
     }
     ObservedResponse response;
     const auto start = std::chrono::steady_clock::now();
-    const int result =
-        FrameUtil::SynSendMsg({target->proc_type, target->handle, 0, 0}, *code, request, &response,
-                              options.timeout_seconds);
+    const int result = FrameUtil::SynSendMsg({target->proc_type, target->handle, 0, 0}, *code,
+                                             request, &response, options.timeout_seconds);
     const auto waited = std::chrono::steady_clock::now() - start;
     if (result != 0) {
         const Failure failure = FailureOfCall(static_cast<std::uint32_t>(result), target_name,
@@ -186,8 +185,7 @@ int Call(const Options& options, const std::vector<Process>& processes) {
         return Fail(failure.status, failure.text);
     }
     if (options.verbose) {
-        std::cerr << "<- "
-                  << std::chrono::duration_cast<std::chrono::microseconds>(waited).count()
+        std::cerr << "<- " << std::chrono::duration_cast<std::chrono::microseconds>(waited).count()
                   << " us later: " << response.outline << '\n';
     }
     return Show(TakeAnswer(response.record), options, *target, command_name);

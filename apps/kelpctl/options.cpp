@@ -67,7 +67,9 @@ void SplitFiles(const char* list, std::vector<std::string>& files) {
     }
 }
 
-std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+std::string FirstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
 
 }  // namespace
 

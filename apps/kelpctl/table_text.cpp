@@ -22,9 +22,13 @@ struct ShowCell {
     std::string operator()(const std::string& value) const { return app::ShowText(value); }
 };
 
-std::string Show(const Cell& cell) { return std::visit(ShowCell{}, cell); }
+std::string Show(const Cell& cell) {
+    return std::visit(ShowCell{}, cell);
+}
 
-bool IsText(const Cell& cell) { return std::holds_alternative<std::string>(cell); }
+bool IsText(const Cell& cell) {
+    return std::holds_alternative<std::string>(cell);
+}
 
 struct Column {
     std::size_t width = 0;
@@ -32,8 +36,8 @@ struct Column {
 };
 
 void Widen(Column& column, const std::string& shown) {
-    column.width = std::clamp(app::DisplayWidth(shown), column.width,
-                              std::max(column.width, kMostPadding));
+    column.width =
+        std::clamp(app::DisplayWidth(shown), column.width, std::max(column.width, kMostPadding));
 }
 
 class Grid {

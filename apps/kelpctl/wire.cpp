@@ -14,12 +14,12 @@ std::string NameOf(AsnIdentifier identifier) {
         std::snprintf(text.data(), text.size(), "%02x [%u]", first, first & 0x1f);
         return text.data();
     }
-    const char* name = first == kAsnSequence                        ? " SEQUENCE"
-                       : first == kAsnInteger                       ? " INTEGER"
+    const char* name = first == kAsnSequence                           ? " SEQUENCE"
+                       : first == kAsnInteger                          ? " INTEGER"
                        : (first & ~kAsnConstructed) == kAsnOctetString ? " OCTET STRING"
-                       : first == kAsnReal                          ? " REAL"
-                       : first == kAsnBoolean                       ? " BOOLEAN"
-                                                                    : "";
+                       : first == kAsnReal                             ? " REAL"
+                       : first == kAsnBoolean                          ? " BOOLEAN"
+                                                                       : "";
     std::snprintf(text.data(), text.size(), "%02x%s", first, name);
     return text.data();
 }

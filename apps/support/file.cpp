@@ -19,7 +19,9 @@ struct Descriptor {
     }
 };
 
-std::string ErrorText(int error) { return std::generic_category().message(error); }
+std::string ErrorText(int error) {
+    return std::generic_category().message(error);
+}
 
 }  // namespace
 
@@ -27,8 +29,8 @@ bool ReadFile(const std::string& path, std::size_t limit_bytes, std::string& out
               std::string& why) {
     out.clear();
     const bool standard_input = path == "-";
-    const Descriptor file{
-        standard_input ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC), !standard_input};
+    const Descriptor file{standard_input ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC),
+                          !standard_input};
     if (file.fd < 0) {
         why = path + ": " + ErrorText(errno);
         return false;
