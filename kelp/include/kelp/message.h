@@ -88,7 +88,8 @@ enum KelpMsgError : std::uint32_t {
 };
 
 /// A message with room for `bodyOctets` octets, which are not initialised; the header is
-/// zero but for its version, kind and bodyLength. Null when there is no memory or the body is above 1 GiB.
+/// zero but for its version, kind and bodyLength. Null when there is no memory or the body is above
+/// 1 GiB.
 KELP_API CmdMSG* KelpMsgAlloc(std::size_t bodyOctets) noexcept;
 
 /// Frees a message. Null, and what a failed receive left in a slot, are left alone.

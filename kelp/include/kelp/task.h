@@ -112,9 +112,11 @@ class KELP_API KelpAppMgr {
 
     /// Sends `msg`, with a serial number of its own, and waits up to `timeoutSeconds`
     /// (0 and less: does not wait) for its answer. Takes `msg` in every case. Meant for
-    /// threads outside any task. Non-zero on success: `reply` is the answer, which may
-    /// carry an error code, and is the caller's. Zero on failure: KelpMsgGetErrorCode
-    /// of `reply` says why (KELP_MSG_TIMEOUT, KELP_MSG_NO_PEER, ...).
+    /// threads outside any task. Non-zero on success: `reply` is the answer, or null when
+    /// the platform has none (this one always has). Zero on failure, also when the answer carries
+    /// an error code: KelpMsgGetErrorCode of `reply` says which (the peer's, or KELP_MSG_TIMEOUT,
+    /// KELP_MSG_NO_PEER, KELP_MSG_STOPPED, ...). What `reply` holds is the caller's to free
+    /// in both cases.
     int KelpSendSynMsgToMDP(CmdMSG* msg, CmdMSG*& reply, int timeoutSeconds);
 
     KelpAppMgr(const KelpAppMgr&) = delete;

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/clock.h"
 #include "base/mutex.h"

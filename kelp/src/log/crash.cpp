@@ -20,7 +20,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "log/context.h"
 #include "log/output.h"
+#include "log/render.h"
 #include "log/standard_error.h"
 
 namespace kelp::log::crash {
@@ -51,8 +53,6 @@ constexpr std::size_t kHandledCount = std::size(kHandled);
 constinit std::array<Slot, kSlots> g_ring{};
 constinit std::atomic<std::uint64_t> g_newest{0};
 constinit std::atomic<std::uint64_t> g_written{0};
-constinit std::atomic<bool> g_json{false};
-constinit std::atomic<unsigned> g_process_id{0};
 constinit std::atomic<bool> g_installed{false};
 constinit std::atomic<bool> g_crashed{false};
 struct sigaction g_previous[kHandledCount];
@@ -89,10 +89,11 @@ void WriteMarker(int descriptor, int signal, std::uint64_t waiting, std::uint64_
     for (const Handled& handled : kHandled) {
         name = handled.signal == signal ? handled.name : name;
     }
-    const auto pid = static_cast<std::uint64_t>(::getpid());
     const auto thread = static_cast<std::uint64_t>(::syscall(SYS_gettid));
-    const std::uint64_t process = g_process_id.load();
-    const bool json = g_json.load();
+    const LineContext context = ProcessContext::Get();
+    const auto pid = static_cast<std::uint64_t>(context.pid);
+    const std::uint64_t process = context.process_id;
+    const bool json = context.format == Format::kJson;
 
     Line line;
     if (json) {
@@ -218,11 +219,6 @@ void Remember(std::uint64_t number, std::string_view line) noexcept {
 
 void MarkWritten(std::uint64_t number) noexcept {
     g_written.store(number);
-}
-
-void SetContext(const LineContext& context) noexcept {
-    g_json.store(context.format == Format::kJson);
-    g_process_id.store(context.process_id);
 }
 
 }  // namespace kelp::log::crash

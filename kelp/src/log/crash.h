@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <string_view>
 
-#include "log/render.h"
-
 namespace kelp::log::crash {
 
 // Installs the handlers; false when the system refuses one.
@@ -17,8 +15,5 @@ void Remember(std::uint64_t number, std::string_view line) noexcept;
 
 // The lines up to this number are with the kernel: a crash leaves them out.
 void MarkWritten(std::uint64_t number) noexcept;
-
-// How the handler's own line is to look.
-void SetContext(const LineContext& context) noexcept;
 
 }  // namespace kelp::log::crash

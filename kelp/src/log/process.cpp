@@ -13,6 +13,7 @@
 
 #include "base/mutex.h"
 #include "kelp/log.h"
+#include "log/context.h"
 #include "log/crash.h"
 #include "log/render.h"
 #include "log/sinks.h"
@@ -49,7 +50,6 @@ class Logger {
 
     Logger();
     bool Open(const Options& options) KELP_REQUIRES(m_mutex);
-    LineContext Context() const;
 
     static void BeforeFork() KELP_UNCHECKED_LOCKS;
     static void AfterForkInParent() KELP_UNCHECKED_LOCKS;
@@ -57,14 +57,16 @@ class Logger {
 
     Mutex m_mutex;
     std::atomic<State> m_state{State::kFresh};  // changed under m_mutex
-    std::atomic<Format> m_format{Format::kText};
-    std::atomic<unsigned> m_process_id{0};
-    std::atomic<long> m_pid;
     SinkList m_sinks;
     Writer m_writer;
 };
 
-long ThreadId(long pid) {
+// Made while the program is loaded, as a rule by one thread: a fork in the middle of its
+// making would leave the child with half a logger and nobody to finish it.
+[[maybe_unused]] Logger& g_logger = Logger::Get();
+
+long ThreadId() {
+    const long pid = ProcessContext::Pid();
     thread_local long t_owner = 0;  // the process that looked: a child has its own threads
     thread_local long t_thread = 0;
     if (t_owner != pid) {
@@ -74,30 +76,21 @@ long ThreadId(long pid) {
     return t_thread;
 }
 
-std::string DroppedLine(std::uint64_t count, const LineContext& context) {
+std::string DroppedLine(std::uint64_t count) {
     const std::string text =
         std::to_string(count) + " log records were dropped because the queue was full";
     return Render({std::chrono::system_clock::now(), Level::kWarn, 0, text,
-                   LocationInfo::getLocationUnavailable(), ThreadId(context.pid)},
-                  context);
+                   LocationInfo::getLocationUnavailable(), ThreadId()},
+                  ProcessContext::Get());
 }
 
-Logger::Logger()
-    : m_pid(::getpid()),
-      m_writer([this](std::uint64_t count) { return DroppedLine(count, Context()); }) {
+Logger::Logger() : m_writer(DroppedLine) {
     ::pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
     std::atexit([] { Get().Stop(); });
 }
 
-LineContext Logger::Context() const {
-    return {m_format.load(std::memory_order_relaxed), m_process_id.load(std::memory_order_relaxed),
-            m_pid.load(std::memory_order_relaxed)};
-}
-
 bool Logger::Open(const Options& options) {
-    m_format.store(options.format, std::memory_order_relaxed);
-    m_process_id.store(options.process_id, std::memory_order_relaxed);
-    crash::SetContext(Context());
+    ProcessContext::Set(options.format, options.process_id);
     const bool opened = m_writer.Open(options);
     g_level.store(options.level, std::memory_order_relaxed);
     m_state.store(State::kRunning, std::memory_order_release);
@@ -129,19 +122,14 @@ void Logger::Stop() {
 
 void Logger::Log(Level level, unsigned code, std::string_view text, const LocationInfo& where) {
     EnsureStarted();
-    const Record record{std::chrono::system_clock::now(),
-                        level,
-                        code,
-                        text,
-                        where,
-                        ThreadId(m_pid.load(std::memory_order_relaxed))};
+    const Record record{std::chrono::system_clock::now(), level, code, text, where, ThreadId()};
     if (SinkList::SomeWant(level)) {
         m_sinks.Deliver(record);
     }
     if (level < g_level.load(std::memory_order_relaxed)) {
         return;
     }
-    std::string line = Render(record, Context());
+    std::string line = Render(record, ProcessContext::Get());
     if (level >= Level::kWarn) {
         m_writer.PostAndWrite(std::move(line));
     } else {
@@ -162,7 +150,7 @@ void Logger::AfterForkInParent() {
 }
 
 void Logger::AfterForkInChild() {
-    Get().m_pid.store(::getpid());
+    ProcessContext::ForgetPid();
     Get().m_writer.AfterForkInChild();
     Get().m_sinks.AfterFork();
     Get().m_mutex.Unlock();

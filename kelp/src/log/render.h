@@ -7,15 +7,9 @@
 #include <string>
 
 #include "kelp/log.h"
+#include "log/context.h"
 
 namespace kelp::log {
-
-// What all lines of a process share.
-struct LineContext {
-    Format format = Format::kText;
-    unsigned process_id = 0;  // 0: none, left out of text lines
-    long pid = 0;
-};
 
 // The line of `record`, without a line break at its end.
 std::string Render(const Record& record, const LineContext& context);

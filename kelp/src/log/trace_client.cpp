@@ -22,8 +22,9 @@ class TraceFile : public kelp::log::Sink {
     TraceFile& operator=(const TraceFile&) = delete;
 
     void Write(const kelp::log::Record& record) override {
-        std::string line =
-            kelp::log::Render(record, {kelp::log::Format::kJson, 0, static_cast<long>(::getpid())});
+        kelp::log::LineContext context = kelp::log::ProcessContext::Get();
+        context.format = kelp::log::Format::kJson;
+        std::string line = kelp::log::Render(record, context);
         line += '\n';
         kelp::log::WriteAll(m_descriptor, line);
     }

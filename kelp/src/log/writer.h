@@ -7,7 +7,6 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <string>
 
 #include "base/mutex.h"
@@ -18,9 +17,9 @@ namespace kelp::log {
 
 class Writer {
   public:
-    // `dropped_line` makes the line that stands in for this many dropped ones.
-    explicit Writer(std::function<std::string(std::uint64_t)> dropped_line)
-        : m_dropped_line(std::move(dropped_line)) {}
+    // Makes the line that stands in for so many dropped ones.
+    using DroppedLine = std::string (*)(std::uint64_t count);
+    explicit Writer(DroppedLine dropped_line) : m_dropped_line(dropped_line) {}
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
@@ -66,7 +65,7 @@ class Writer {
     void WriteWaiting() KELP_REQUIRES(m_output_mutex) KELP_EXCLUDES(m_queue_mutex);
     void Wake() noexcept;
 
-    const std::function<std::string(std::uint64_t)> m_dropped_line;
+    const DroppedLine m_dropped_line;
     std::atomic<std::uint64_t> m_dropped{0};
 
     Mutex m_output_mutex KELP_ACQUIRED_BEFORE(m_queue_mutex);

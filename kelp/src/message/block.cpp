@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "message/current.h"
+
 static_assert(std::endian::native == std::endian::little, "messages lie in memory as on the wire");
 static_assert(offsetof(CmdMSG, srcTaskMgr) == kelp::message::kLengthOrigin);
 static_assert(offsetof(CmdMSG, dstTaskMgr) + 1 == KELP_MSG_HEADER);
@@ -110,6 +112,7 @@ void KelpMsgFree(CmdMSG* msg) noexcept {
     if (msg == nullptr || BlockOf(msg)->permanent) {
         return;
     }
+    kelp::message::ForgetCurrent(msg);
     if (BlockOf(msg)->origin != nullptr) {
         BlockOf(msg)->origin->Release();
     }

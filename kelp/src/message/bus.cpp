@@ -63,7 +63,7 @@ bool Bus::Start(std::string& why) {
         }
     }
     try {
-        thread_ = std::thread([this] { Run(); });
+        thread_ = std::thread([this] { poller_.Keep(); });
     } catch (const std::system_error& error) {
         why = std::string("no thread for the bus: ") + error.what();
         return false;
@@ -73,12 +73,6 @@ bool Bus::Start(std::string& why) {
                     std::max<std::int64_t>(options_.frame_deadline_ns / 4, base::kMillisecond));
     }
     return true;
-}
-
-void Bus::Run() {
-    while (!stopping_.load()) {
-        poller_.PollFromBus();
-    }
 }
 
 std::uint32_t Bus::NextSerial() {
@@ -451,7 +445,7 @@ void Bus::Stop(std::int64_t flush_ns) {
         std::this_thread::sleep_for(std::chrono::microseconds(100));
     }
     if (thread_.joinable()) {
-        poller_.Wake();
+        poller_.StopKeeper();
         thread_.join();
     }
     for (const ConnectionRef& connection : AllConnections()) {

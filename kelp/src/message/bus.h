@@ -89,7 +89,6 @@ class Bus final : public PollHandler, private ConnectionOwner, private TimerTarg
                const std::vector<OutstandingRequest>& lost) noexcept override;
     void OnTimer(long id) noexcept override;
 
-    void Run();
     void Accept() noexcept;
     void Admit(base::UniqueFd fd);
     bool IsOwn(std::uint16_t proc_id, std::uint16_t handle) const;

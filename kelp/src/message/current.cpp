@@ -14,6 +14,12 @@ const CmdMSG* CurrentMessage() noexcept {
     return t_current;
 }
 
+void ForgetCurrent(const CmdMSG* msg) noexcept {
+    if (t_current == msg) {
+        t_current = nullptr;
+    }
+}
+
 CurrentMessageScope::CurrentMessageScope(const CmdMSG* msg) noexcept : outer_(t_current) {
     t_current = msg;
 }

@@ -8,6 +8,9 @@ namespace kelp::message {
 /// The message the calling thread is processing, or null.
 const CmdMSG* CurrentMessage() noexcept;
 
+/// `msg` is about to be freed: the thread processes it no longer.
+void ForgetCurrent(const CmdMSG* msg) noexcept;
+
 /// Names `msg` as the message that the thread processes while the scope lasts.
 class CurrentMessageScope {
   public:

@@ -5,12 +5,22 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <thread>
 
 #include "base/clock.h"
 
 namespace kelp::message {
+namespace {
+
+constexpr std::int64_t kTick = base::kMillisecond;
+constexpr int kQuietTicks = 20;
+constexpr std::int64_t kSoon = base::kMillisecond / 10;
+constexpr std::int64_t kLongest = 4 * kSoon;  // what a longer absence counts as
+
+// How long this thread was away from the seat, the last times it came back.
+thread_local std::int64_t t_left_at = 0;
+thread_local std::int64_t t_usually_away = kLongest;
+
+}  // namespace
 
 bool Poller::Open() {
     set_ = base::UniqueFd(::epoll_create1(EPOLL_CLOEXEC));
@@ -65,13 +75,75 @@ bool Poller::Poll(std::int64_t wait_ns, bool* woken) {
     return any;
 }
 
-void Poller::PollFromBus() {
-    bool woken = false;
-    Poll(base::kNever, &woken);
-    if (woken && SeatTaken()) {
-        Wake();
-        std::this_thread::sleep_for(std::chrono::microseconds(50));
+bool Poller::TakeSeat() {
+    if (seat_.load(std::memory_order_relaxed) || closed_.load(std::memory_order_relaxed) ||
+        seat_.exchange(true)) {
+        return false;
     }
+    entries_.fetch_add(1, std::memory_order_relaxed);
+    const std::int64_t away = std::min(base::SystemMonotonicNs() - t_left_at, kLongest);
+    t_usually_away = (3 * t_usually_away + away) / 4;
+    return true;
+}
+
+void Poller::LeaveSeat() {
+    t_left_at = base::SystemMonotonicNs();
+    const bool soon_back = t_usually_away < kSoon;
+    promised_.store(soon_back);
+    seat_.store(false);
+    const Keeper keeper = keeper_.load();
+    if (keeper == Keeper::kSleeping || (keeper == Keeper::kTicking && !soon_back)) {
+        NotifyKeeper();
+    }
+}
+
+void Poller::NotifyKeeper() {
+    MutexLock lock(keeper_mutex_);
+    keeper_called_.NotifyOne();
+}
+
+void Poller::Keep() {
+    while (!stopped_.load()) {
+        if (MayRest()) {
+            Rest();
+            continue;
+        }
+        bool woken = false;
+        Poll(base::kNever, &woken);
+        if (woken && SeatTaken()) {
+            Wake();
+        }
+    }
+}
+
+void Poller::Rest() {
+    MutexLock lock(keeper_mutex_);
+    unsigned entries = entries_.load();
+    int quiet_ticks = 0;
+    while (!stopped_.load()) {
+        keeper_.store(quiet_ticks < kQuietTicks ? Keeper::kTicking : Keeper::kSleeping);
+        if (!MayRest()) {
+            break;
+        }
+        if (quiet_ticks < kQuietTicks || !seat_.load()) {
+            keeper_called_.WaitUntil(keeper_mutex_, base::RealPointAfter(kTick));
+        } else {
+            keeper_called_.Wait(keeper_mutex_);
+        }
+        const bool quiet = entries_.load() == entries;
+        entries = entries_.load();
+        if (quiet && !seat_.load()) {
+            promised_.store(false);  // not kept
+        }
+        quiet_ticks = quiet && seat_.load() ? quiet_ticks + 1 : 0;
+    }
+    keeper_.store(Keeper::kWatching);
+}
+
+void Poller::StopKeeper() {
+    stopped_.store(true);
+    NotifyKeeper();
+    Wake();
 }
 
 }  // namespace kelp::message
