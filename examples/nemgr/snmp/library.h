@@ -3,13 +3,12 @@
 
 namespace nemgr::snmp {
 
-/// The library is ready while an object of this class lives. Made once, before there are
-/// threads. No configuration, MIB or state file is read or written, and nothing is logged
-/// by the library: what it has to say, Session says.
+/// Makes the library ready; once, before there are threads. No configuration, MIB or state
+/// file is read or written, and nothing is logged by the library: what it has to say,
+/// Session says.
 class Library {
   public:
     Library();
-    ~Library();
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 };

@@ -90,13 +90,18 @@ Session::~Session() {
 std::vector<Binding> Session::Ask(snmp_pdu* request, const std::vector<Oid>& subjects) {
     if (std::chrono::steady_clock::now() >= deadline_) {
         snmp_free_pdu(request);
-        throw Error(Error::Kind::kNoAnswer, "not all of it in time");
+        throw Error(Error::Kind::kNoAnswer,
+                    "did not finish within " + std::to_string(peer_.limit.count()) + " ms");
     }
     snmp_pdu* received = nullptr;
     const int outcome = snmp_sess_synch_response(handle_, request, &received);
     const Pdu answer(received, snmp_free_pdu);
     if (outcome != STAT_SUCCESS || !answer) {
-        throw Error(Error::Kind::kNoAnswer, outcome == STAT_TIMEOUT ? "in time" : "at all");
+        throw Error(Error::Kind::kNoAnswer,
+                    outcome == STAT_TIMEOUT
+                        ? "asked " + std::to_string(peer_.retries + 1) + " times, " +
+                              std::to_string(peer_.timeout.count()) + " ms each"
+                        : "the packet cannot be sent");
     }
     if (answer->errstat != SNMP_ERR_NOERROR) {
         const auto index = static_cast<std::size_t>(answer->errindex);
