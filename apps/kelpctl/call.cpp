@@ -1,6 +1,7 @@
 #include "kelpctl/call.h"
 
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -18,6 +19,7 @@
 #include "kelpctl/wire.h"
 #include "support/file.h"
 #include "support/json.h"
+#include "support/numbers.h"
 #include "support/utf8.h"
 
 namespace kelpctl {
@@ -185,8 +187,9 @@ int Call(const Options& options, const std::vector<Process>& processes) {
         return Fail(failure.status, failure.text);
     }
     if (options.verbose) {
-        std::cerr << "<- " << std::chrono::duration_cast<std::chrono::microseconds>(waited).count()
-                  << " us later: " << response.outline << '\n';
+        const double ms = std::chrono::duration<double, std::milli>(waited).count();
+        std::cerr << "<- " << app::DoubleText(std::round(ms * 10) / 10)
+                  << " ms later: " << response.outline << '\n';
     }
     return Show(TakeAnswer(response.record), options, *target, command_name);
 }

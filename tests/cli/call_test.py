@@ -127,7 +127,7 @@ class CallTest(ProgramTest):
             sent, r"^-> echo \(1\) to answers \(77\): \d+ octets: "
             r"30 SEQUENCE \{ 02 INTEGER \(1\), a1 \[1\] \(\d+\) \}$")
         self.assertRegex(
-            received, r"^<- \d+ us later: \d+ octets: "
+            received, r"^<- [\d.]+ ms later: \d+ octets: "
             r"30 SEQUENCE \{ 02 INTEGER \(1\), a2 \[2\] \(\d+\) \}$")
 
     # What a result code becomes.
