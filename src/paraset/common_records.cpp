@@ -31,13 +31,12 @@ void TakeTables(CParaSet& root, const AsnOptional<AsnTableList>& tables, NamedSi
     int number = 0;
     for (const AsnTable& table : *tables) {
         const bool named = table.name && !table.name->empty();
-        if (several) {
-            Table2ParaSet(&table, root[named ? table.name->str() : "tab" + std::to_string(number)]);
-        } else if (named && single == NamedSingleTable::kIntoChild) {
-            Table2ParaSet(&table, root[table.name->str()]);
-        } else {
-            Table2ParaSet(&table, root);
+        CParaSet* target = &root;
+        if (several || (named && single == NamedSingleTable::kIntoChild)) {
+            target = &NodeAccess::MakeChild(
+                root, named ? table.name->str() : "tab" + std::to_string(number));
         }
+        Table2ParaSet(&table, *target);
         ++number;
     }
 }

@@ -21,7 +21,7 @@ class DoomedNodes {
             return;
         }
         if (NodeAccess::List(*node).empty() && NodeAccess::Index(*node).empty() &&
-            NodeAccess::Impl(*node).m_pUnlinked == nullptr) {
+            NodeAccess::Impl(*node).m_pRare == nullptr) {
             delete node;
             return;
         }
@@ -51,8 +51,8 @@ class DoomedNodes {
     }
 
     void AddUnlinked(CParaSet& node) noexcept {
-        if (const auto unlinked = std::move(NodeAccess::Impl(node).m_pUnlinked)) {
-            AddList(*unlinked);
+        if (const auto& rare = NodeAccess::Impl(node).m_pRare) {
+            AddList(rare->unlinked);
         }
     }
 
@@ -102,7 +102,7 @@ void CParaSet::clear() {
     m_pImpl->m_iValType = PARA_NULL;
 }
 
-bool CParaSet::clear(const std::string& name) {
+bool CParaSet::clear(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end() || entry->second == nullptr) {
         return false;
@@ -112,8 +112,8 @@ bool CParaSet::clear(const std::string& name) {
     return true;
 }
 
-bool CParaSet::clear(const char* name) {
-    return clear(std::string(name));
+bool CParaSet::clear(const std::string& name) {
+    return clear(name.c_str());
 }
 
 bool CParaSet::remove(int index) {
@@ -144,11 +144,7 @@ bool CParaSet::remove(int index) {
         }
         const auto entry = std::next(m_mapValue.begin(), index);
         if (entry->second != nullptr) {
-            auto& unlinked = m_pImpl->m_pUnlinked;
-            if (unlinked == nullptr) {
-                unlinked = std::make_unique<std::vector<CParaSet*>>();
-            }
-            unlinked->push_back(entry->second);
+            m_pImpl->EnsureRare().unlinked.push_back(entry->second);
         }
         m_mapValue.erase(entry);
         return true;
@@ -156,7 +152,7 @@ bool CParaSet::remove(int index) {
     return false;
 }
 
-bool CParaSet::remove(const std::string& name) {
+bool CParaSet::remove(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end()) {
         return false;
@@ -167,8 +163,8 @@ bool CParaSet::remove(const std::string& name) {
     return true;
 }
 
-bool CParaSet::remove(const char* name) {
-    return remove(std::string(name));
+bool CParaSet::remove(const std::string& name) {
+    return remove(name.c_str());
 }
 
 }  // namespace FrameUtil

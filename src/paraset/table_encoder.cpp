@@ -19,9 +19,20 @@ struct Column {
     bool is_array;
 };
 
+// The element of an array when it is there; index access makes it when it is not.
+CParaSet* ElementOf(const Column& column, int row) {
+    const auto& list = NodeAccess::List(*column.node);
+    const auto position = static_cast<std::size_t>(row);
+    CParaSet* element = position < list.size() ? list[position] : nullptr;
+    return element != nullptr ? element : &(*column.node)[row];
+}
+
 // What stands in row `row` of a column. A scalar stands in every row. A structure has
 // no value for a cell, so it is not asked for its row-th entry, which it may not have.
 CParaSet* CellOf(const Column& column, int row) {
+    if (column.is_array) {
+        return ElementOf(column, row);
+    }
     if (column.node == nullptr || column.node->type() == CParaSet::PARA_STRUCT) {
         return nullptr;
     }
@@ -35,8 +46,9 @@ void FillCell(AsnValue& value, CParaSet* cell, int type) {
     switch (type) {
         case kStringCode:
             // Text ends at its first zero octet, as asString() gives it to a caller.
-            if (const char* text = cell->asString()) {
-                value.sVal.Emplace(text);
+            if (cell->asString() != nullptr) {
+                const std::string_view text = NodeAccess::Impl(*cell).m_strValue.view();
+                value.sVal.Emplace(text.substr(0, text.find('\0')));
             }
             break;
         case kDoubleCode:

@@ -6,7 +6,6 @@
 #include "log/output.h"
 
 #include <fcntl.h>
-#include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,6 +53,18 @@ spdlog::file_event_handlers TrackDescriptor() {
     return handlers;
 }
 
+// Lines come as they are to be written, but for their end.
+class LineFormatter : public spdlog::formatter {
+  public:
+    void format(const spdlog::details::log_msg& line, spdlog::memory_buf_t& bytes) override {
+        bytes.append(line.payload);
+        bytes.push_back('\n');
+    }
+    std::unique_ptr<spdlog::formatter> clone() const override {
+        return std::make_unique<LineFormatter>();
+    }
+};
+
 // Opens the file once with the plain system call: the library behind it tries five times
 // and sleeps between, and would rename a device as readily as a log file. Throws the
 // system's error.
@@ -83,7 +94,7 @@ class FileOutput {
                      ? options.rotate_bytes
                      : std::numeric_limits<std::size_t>::max(),
                  options.rotate_files, false, TrackDescriptor()) {
-        m_sink.set_formatter(std::make_unique<spdlog::pattern_formatter>("%v"));
+        m_sink.set_formatter(std::make_unique<LineFormatter>());
     }
 
     void Write(const std::vector<std::string>& lines) {
