@@ -2,7 +2,6 @@
 
 import json
 import os
-import resource
 import signal
 import unittest
 
@@ -79,13 +78,6 @@ class CallTest(ProgramTest):
         status, _, err = self.call("answers", "echo", "--run-dir", self.folder)
         self.assertEqual(status, 3)
         self.assertEqual(self.one_line(err), "kelpctl: answers (77) is not running")
-
-    def test_bus_that_cannot_be_used(self):
-        few = (4, 4)  # descriptors: enough to start, too few for the bus
-        status, out, err = self.call(
-            "answers", "echo", limit=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, few))
-        self.assertEqual((status, out), (3, b""))
-        self.assertIn("kelpctl: the message bus cannot be used: ", self.one_line(err))
 
     # What is printed.
 
