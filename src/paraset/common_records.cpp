@@ -121,7 +121,10 @@ int CParaSet::CommonRspAsn2Para(const AsnCommonResponse& response) {
             static_cast<int>(static_cast<std::int64_t>(*response.retCodeEx));
     }
     if (response.ver) {
-        NodeAccess::MakeChild(*this, reserved::kVer) = TextOf(*response.ver);
+        // A version ends at its first zero octet, unlike a cell.
+        const std::string_view version = response.ver->view();
+        NodeAccess::MakeChild(*this, reserved::kVer) =
+            std::string(version.substr(0, version.find('\0')));
     }
     TakeTables(*this, response.tables, NamedSingleTable::kIntoRoot);
     return 0;
