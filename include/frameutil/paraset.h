@@ -24,7 +24,8 @@
 // an integer may be written into a double node, a double not into an integer node; a
 // std::string over a number is taken with a trace, a const char* throws.
 //
-// Trees may be millions of nodes wide or deep: no operation recurses.
+// Trees may be millions of nodes wide or deep: no operation recurses. An operation that
+// throws, be it std::bad_alloc, leaves the tree as it was, unless its comment says more.
 //
 // Thread rule: one thread at a time for each tree; different trees share nothing.
 #pragma once
@@ -125,7 +126,8 @@ class FRAMEUTIL_API CParaSet {
     /// exactly index + 1 slots; the child is named "root"). A PARA_NULL node becomes an
     /// array. On a structure: the child of the index-th entry in key order, at a cost
     /// linear in the index. On any other type: the node itself, so that element 0 of a
-    /// scalar is the scalar. Throws FRexception -1 and -2.
+    /// scalar is the scalar. Throws FRexception -1 and -2 (also for an entry that has no
+    /// child); when memory is out the list may have grown by null slots already.
     CParaSet& operator[](int index);
 
     /// The child at a dotted path, made if it is not there. Making a child turns its
@@ -242,10 +244,14 @@ class FRAMEUTIL_API CParaSet {
     /// Copies every column of `rowSet` into element `row` of this table's column of the
     /// same name, adds one to the row counter, writes it to "##RowCount" and returns
     /// that child. The counter does not look at "##RowCount": on a decoded table the
-    /// first AddRow sets it to 1.
+    /// first AddRow sets it to 1. An entry of `rowSet` without a child leaves its cell as
+    /// it is, made if it was not there. `rowSet` is not one of the cells that are written
+    /// to, nor part of one. Throws FRexception -1, -2 (a structure as column) and -3; the
+    /// columns before the failing one have changed then.
     CParaSet& AddRow(int row, CParaSet& rowSet);
     /// Copies element `row` of every column into the child of `rowSet` of that name.
-    /// Missing elements are made; what else `rowSet` holds stays.
+    /// Missing elements are made; what else `rowSet` holds stays. A column whose entry has
+    /// no child is left out. Throws as AddRow does.
     void GetRow(int row, CParaSet& rowSet);
     /// Removes element `row` of every column, takes one off the row count if the last
     /// column lost it, writes the count to "##RowCount" and returns that child. Throws
@@ -271,12 +277,14 @@ class FRAMEUTIL_API CParaSet {
     /// "##TableCount" announces: with 1 the root itself, unnamed; with more, every child
     /// whose name does not begin with '#', under its name.
     int Para2CommonReqAsn(AsnCommonRequest& request);
-    /// "##retCode", "##retCodeEx", "##ver" and the tables. With "##TableCount" 1 the
-    /// root itself travels only if it has a valued "##RowCount"; else its children do,
-    /// as named tables.
+    /// "##retCode", "##retCodeEx", "##ver" (absent when it has no text) and the tables. With
+    /// "##TableCount" 1 the root itself travels only if it has a valued "##RowCount"; else its
+    /// children do, as named tables.
     int Para2CommonRspAsn(AsnCommonResponse& response);
     /// The way back. A single table goes into the root, or, if it has a name, into the
     /// child of that name; of several, those without a name become "tab0", "tab1", ...
+    /// A table that is nearly all gaps (rows much shorter than its columns, tens of
+    /// thousands of values missing) is left out, with a warning in the log.
     int CommonReqAsn2Para(const AsnCommonRequest& request);
     /// The same, but that a single table goes into the root whatever its name.
     int CommonRspAsn2Para(const AsnCommonResponse& response);

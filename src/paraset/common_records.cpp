@@ -34,7 +34,7 @@ void TakeTables(CParaSet& root, const AsnOptional<AsnTableList>& tables, NamedSi
         CParaSet* target = &root;
         if (several || (named && single == NamedSingleTable::kIntoChild)) {
             target = &NodeAccess::MakeChild(
-                root, named ? table.name->str() : "tab" + std::to_string(number));
+                root, named ? std::string(table.name->view()) : "tab" + std::to_string(number));
         }
         Table2ParaSet(&table, *target);
         ++number;

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <vector>
 
+#include "frameutil/log.h"
 #include "paraset/node.h"
 #include "paraset/reserved.h"
 #include "paraset/tables.h"
@@ -42,6 +44,24 @@ void TakeValue(CParaSet& cell, const AsnValue& value, std::int64_t type) {
     }
 }
 
+// A row may be shorter than the schema, and what it lacks becomes a null slot of its
+// column as soon as a later row has a value there. So a million empty rows and one with a
+// thousand values would make a thousand columns of a million slots from two megaoctets.
+// No honest peer comes near this: a cell without a value is an element of its row, too.
+bool LacksNearlyAll(const AsnTable& table) {
+    constexpr std::size_t kLackingFreely = 65536;
+    constexpr std::size_t kLackingAValue = 16;
+    const std::size_t columns = table.schema->Count();
+    std::size_t there = 0;
+    std::size_t lacking = 0;
+    for (const AsnDataRow& row : table.rows) {
+        const std::size_t values = std::min(row.Count(), columns);
+        there += values;
+        lacking += columns - values;
+    }
+    return lacking > kLackingFreely && lacking - kLackingFreely > there * kLackingAValue;
+}
+
 }  // namespace
 
 int Table2ParaSet(const AsnTable* table, CParaSet& node) {
@@ -52,6 +72,12 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
     if (table->schema->empty() || rows == 0) {
         return -2;
     }
+    if (LacksNearlyAll(*table)) {
+        TraceWarn("[Table2ParaSet] table \"%.64s\" left out: its %zu rows lack most of %zu columns",
+                  table->name ? std::string(table->name->view()).c_str() : "", rows,
+                  table->schema->Count());
+        return -3;
+    }
     NodeAccess::MakeChild(node, reserved::kRowCount) = static_cast<int>(rows);
 
     std::vector<Column> columns;
@@ -59,7 +85,7 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
     for (const AsnSchemaItem& item : *table->schema) {
         columns.push_back({&item, item.type, nullptr});
         if (item.desc) {
-            NodeAccess::MakeChild(node, item.name.str()).SetDesc(item.desc->str());
+            NodeAccess::MakeChild(node, item.name.str()).SetDesc(std::string(item.desc->view()));
         }
     }
     int r = 0;

@@ -20,7 +20,10 @@ int ParaSet2Table(CParaSet* node, AsnTable* table);
 
 /// Writes the rows of `table` into `node`: scalars when there is one row, arrays when
 /// there are several. 0; -1 without a record or its schema, -2 when it has no columns
-/// or no rows. Throws FRexception when existing children refuse their value.
+/// or no rows, -3, with a warning in the log, when its rows lack more than 65536 values
+/// and more than 16 for each that is there: null slots would take memory out of all
+/// proportion to what arrived. `node` is as it was then. Throws FRexception when existing
+/// children refuse their value.
 int Table2ParaSet(const AsnTable* table, CParaSet& node);
 
 }  // namespace FrameUtil

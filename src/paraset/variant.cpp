@@ -111,7 +111,7 @@ TEValue CParaSet::value() const {
         case PARA_DOUBLE:
             return TEValue(impl.m_dValue);
         case PARA_STRING:
-            return TEValue(std::string(impl.m_strValue.view()));
+            return TEValue(impl.m_strValue.view());
         default:
             throw FRexception(-1);
     }

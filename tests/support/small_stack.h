@@ -1,45 +1,26 @@
-// Runs code on a thread with a small stack, to show that it does not recurse over its
-// input.
+// Runs a piece of a test on a thread whose stack is too small for recursion over the
+// data it is given.
 //
-//     RunOnStack(256 * 1024, [] { DecodeSomethingDeep(); });
-//
-// Thread rule: thread-safe.
+//     OnSmallStack([&] { deep.clear(); });
 #pragma once
 
+#include <gtest/gtest.h>
 #include <pthread.h>
 
-#include <cstddef>
 #include <functional>
-#include <system_error>
 
-namespace support {
-
-/// Calls `work`, which does not throw, on a thread of `stack_octets` octets of stack and
-/// waits for it. Throws std::system_error when the thread cannot be made.
-inline void RunOnStack(std::size_t stack_octets, std::function<void()> work) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    int error = pthread_attr_setstacksize(&attributes, stack_octets);
-    pthread_t thread;
-    if (error == 0) {
-        error = pthread_create(
-            &thread, &attributes,
-            [](void* argument) -> void* {
-                (*static_cast<std::function<void()>*>(argument))();
-                return nullptr;
-            },
-            &work);
-    }
-    pthread_attr_destroy(&attributes);
-    if (error != 0) {
-        throw std::system_error(error, std::generic_category(), "thread");
-    }
-    pthread_join(thread, nullptr);
-}
-
-}  // namespace support
-
-/// The same on 256 KiB, for work whose exceptions are the test's own.
 inline void OnSmallStack(const std::function<void()>& act) {
-    support::RunOnStack(std::size_t{256} << 10, act);
+    constexpr std::size_t kStackOctets = std::size_t{256} << 10;
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStackOctets), 0);
+    pthread_t thread;
+    const auto run = [](void* what) -> void* {
+        (*static_cast<const std::function<void()>*>(what))();
+        return nullptr;
+    };
+    auto* argument = const_cast<std::function<void()>*>(&act);
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, argument), 0);
+    EXPECT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
 }

@@ -184,8 +184,8 @@ class KELP_API KelpTask {
 
     /// What the task does with a message that nobody waits for; takes it. This default
     /// runs a registered command's handler on a request, answers KELP_MSG_NO_COMMAND to
-    /// another request that expects an answer, and drops the rest. What it throws is
-    /// logged, and answered with KELP_MSG_HANDLER_FAILED if an answer is expected.
+    /// another request that expects an answer, and drops the rest. What an overriding one
+    /// throws is logged; answering is its own affair, since it may have answered already.
     virtual void KelpTaskMessage(CmdMSG* msg);
 
     /// Called on a worker each time a timer of this task has run out.

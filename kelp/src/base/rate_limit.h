@@ -33,7 +33,7 @@ class LimitedLog {
             ++written_;
         }
         if (left_out > 0) {
-            LogProcess::Warn("[bus] " + std::to_string(left_out) + " warnings were left out",
+            LogProcess::Warn(std::to_string(left_out) + " warnings of this kind were left out",
                              where_);
         }
         LogProcess::Warn(text, where_);

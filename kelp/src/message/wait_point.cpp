@@ -10,7 +10,7 @@ thread_local const WaitPoint* t_seated_for = nullptr;
 
 void WaitPoint::Wait(Mutex& mutex, std::int64_t slice_ns) {
     if (vain_polls_ < kVainPolls && poller_.TakeSeat()) {
-        in_seat_ = true;
+        ++in_seat_;
         served_ = false;
         mutex.Unlock();
         t_seated_for = this;
@@ -18,7 +18,7 @@ void WaitPoint::Wait(Mutex& mutex, std::int64_t slice_ns) {
         t_seated_for = nullptr;
         poller_.LeaveSeat();  // before the queue is looked at: see the poller's notes
         mutex.Lock();
-        in_seat_ = false;
+        --in_seat_;
         vain_polls_ = any && !served_ ? vain_polls_ + 1 : 0;
         return;
     }
@@ -41,14 +41,14 @@ void WaitPoint::WakeOne() {
             wake_sent_ = true;
             awake_.NotifyOne();
         }
-    } else if (in_seat_) {
+    } else if (in_seat_ > 0) {
         poller_.Wake();
     }
 }
 
 void WaitPoint::WakeAll() {
     awake_.NotifyAll();
-    if (in_seat_) {
+    if (in_seat_ > 0) {
         poller_.Wake();
     }
 }

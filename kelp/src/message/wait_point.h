@@ -36,7 +36,7 @@ class WaitPoint {
     CondVar awake_;
     int asleep_ = 0;
     bool wake_sent_ = false;
-    bool in_seat_ = false;
+    int in_seat_ = 0;      // one there, and who has left it but not yet the mutex again
     bool served_ = false;  // the thread in the seat delivered to this point
     int vain_polls_ = 0;
 };

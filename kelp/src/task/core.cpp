@@ -24,6 +24,21 @@ message::BusOptions BusOptionsOf(const KelpAppOptions& options) {
     return bus;
 }
 
+const char* Describe(std::uint32_t code) {
+    switch (code) {
+        case KELP_MSG_NO_COMMAND:
+            return "nobody registered it";
+        case KELP_MSG_NO_TASK:
+            return "its task manager or task is not here";
+        case KELP_MSG_QUEUE_FULL:
+            return "the queue is full";
+        case KELP_MSG_NO_PEER:
+            return "it is addressed to another process";
+        default:
+            return "the process stops";
+    }
+}
+
 }  // namespace
 
 Core::Core(const KelpAppOptions& options)
@@ -131,6 +146,9 @@ void Core::Dispatch(message::MsgPtr msg) {
         code = KELP_MSG_NO_COMMAND;
     }
     if (code != KELP_MSG_OK) {
+        log_.Warn("[task] command " + std::to_string(msg->cmdCode) + " from process " +
+                  std::to_string(msg->srcProcId) + "." + std::to_string(msg->srcProcHandle) +
+                  " was refused: " + Describe(code));
         Refuse(*msg, code);
     }
 }

@@ -15,6 +15,7 @@
 
 #include "base/clock.h"
 #include "base/mutex.h"
+#include "base/rate_limit.h"
 #include "kelp/task.h"
 #include "message/bus.h"
 #include "message/timers.h"
@@ -64,6 +65,7 @@ class Core final : public message::MessageSink, public std::enable_shared_from_t
     message::Bus bus_;
     OutsideCalls outside_;
     Events events_;
+    base::LimitedLog log_{"task"};
     std::atomic<bool> stopping_{false};
     Mutex mutex_;
     std::vector<std::shared_ptr<Manager>> managers_ KELP_GUARDED_BY(mutex_);  // 256 places

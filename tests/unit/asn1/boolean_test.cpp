@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 // True is written as FF; every non-zero octet reads as true.
 TEST(AsnBool, IsOneOctet) {

@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "support/asn1_coding.h"
 #include "support/sweeps.h"
-#include "unit/asn1/coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 void Put(AsnBuffer& out, std::string_view octets) {
     octets.copy(reinterpret_cast<char*>(out.Prepend(octets.size())), octets.size());

@@ -1,12 +1,14 @@
 // AsnEncode and AsnDecode: whole messages, limits, and what failures leave.
 #include <gtest/gtest.h>
 
+#include "support/asn1_coding.h"
 #include "support/sweeps.h"
-#include "unit/asn1/coding.h"
 #include "unit/asn1/shapes.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 // A limit of exactly the encoding's size is enough; one octet less is not.
 TEST(AsnEncode, LimitHoldsToTheOctet) {

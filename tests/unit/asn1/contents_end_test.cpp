@@ -3,10 +3,12 @@
 
 #include <vector>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 std::vector<std::int64_t> ValuesOf(const ASNULList& list) {
     return {list.begin(), list.end()};

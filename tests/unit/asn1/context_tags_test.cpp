@@ -1,11 +1,13 @@
 // Context tags, EXPLICIT and IMPLICIT.
 #include <gtest/gtest.h>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 #include "unit/asn1/shapes.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 class ImplicitTags : public testing::Test {
   protected:

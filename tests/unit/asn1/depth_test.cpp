@@ -2,14 +2,14 @@
 // is refused, and so are a hundred thousand, at the same octet.
 #include <gtest/gtest.h>
 
+#include "support/asn1_coding.h"
 #include "support/small_stack.h"
-#include "unit/asn1/coding.h"
 #include "unit/asn1/shapes.h"
 
 namespace asn1_test {
 namespace {
 
-constexpr std::size_t kStack = 256 * 1024;
+using namespace support;
 
 std::string NestedSegments(std::size_t levels) {
     std::string octets = Octets("04 01 61");
@@ -44,7 +44,7 @@ TEST(Depth, LimitIs128) {
     };
     for (const auto& row : rows) {
         std::string why;
-        support::RunOnStack(kStack, [&] { why = WhyNot<AsnOcts>(row.octets); });
+        OnSmallStack([&] { why = WhyNot<AsnOcts>(row.octets); });
         EXPECT_EQ(why, row.why) << row.name;
     }
 }
@@ -64,7 +64,7 @@ TEST(Depth, OfRecordsInRecords) {
     };
     for (const auto& row : rows) {
         std::string why;
-        support::RunOnStack(kStack, [&] { why = WhyNot<Chain>(row.octets); });
+        OnSmallStack([&] { why = WhyNot<Chain>(row.octets); });
         EXPECT_EQ(why.substr(0, why.find(" at offset")), row.why) << row.name;
     }
 }
@@ -72,7 +72,7 @@ TEST(Depth, OfRecordsInRecords) {
 // The deepest record that is read is also written, copied, printed and cleared.
 TEST(Depth, TheDeepestRecordIsAsGoodAsAnyOther) {
     const std::string octets = NestedChain(64);
-    support::RunOnStack(kStack, [&] {
+    OnSmallStack([&] {
         Chain chain;
         EXPECT_EQ(Decode(octets, chain), "");
         EXPECT_EQ(Encoded(chain), octets);

@@ -5,12 +5,14 @@
 
 #include <memory>
 
+#include "support/asn1_coding.h"
 #include "support/failing_new.h"
-#include "unit/asn1/coding.h"
 #include "unit/asn1/shapes.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 using support::FailNth;
 

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 // What reading one identifier says of `octets`; the identifier in `*identifier`.
 std::string ReadIdentifier(const std::string& octets, AsnIdentifier* identifier = nullptr) {

@@ -4,10 +4,12 @@
 #include <limits>
 #include <memory>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();

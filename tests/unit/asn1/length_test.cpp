@@ -3,10 +3,12 @@
 
 #include <sys/mman.h>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 struct ReadLength {
     std::string why;

@@ -4,12 +4,14 @@
 
 #include <memory>
 
+#include "support/asn1_coding.h"
 #include "support/heap_meter.h"
-#include "unit/asn1/coding.h"
 #include "unit/asn1/shapes.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 constexpr std::size_t kMultiple = 32;
 

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include "support/asn1_coding.h"
 #include "support/sweeps.h"
-#include "unit/asn1/coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 // An octet string is written in primitive form with the shortest length there is.
 TEST(AsnOcts, WritesTheShortestLength) {

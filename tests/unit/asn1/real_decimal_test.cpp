@@ -8,10 +8,12 @@
 #include <limits>
 #include <random>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 

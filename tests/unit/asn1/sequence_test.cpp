@@ -5,11 +5,13 @@
 #include <string>
 #include <utility>
 
-#include "unit/asn1/coding.h"
+#include "support/asn1_coding.h"
 #include "unit/asn1/shapes.h"
 
 namespace asn1_test {
 namespace {
+
+using namespace support;
 
 // The fields of Shape, each with a value that shows in the octets.
 const std::string kFlag = Octets("a0 03 01 01 ff");

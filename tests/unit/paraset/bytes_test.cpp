@@ -151,8 +151,8 @@ TEST(SetBytes, MayReadTheNodesOwnString) {
 
 TEST(SetBytes, OfAStringTakesItsLength) {
     CParaSet node("n");
-    for (const std::string& value : {std::string("abc"), std::string("a\0b\0c", 5), std::string(),
-                                     std::string(100, 'x')}) {
+    for (const std::string& value :
+         {std::string("abc"), std::string("a\0b\0c", 5), std::string(), std::string(100, 'x')}) {
         EXPECT_EQ(node.setBytes(value), static_cast<int>(value.size()));
         EXPECT_EQ(FieldsOf(node), (Fields{CParaSet::PARA_STRING, 0, 0.0, value}));
     }
@@ -165,8 +165,8 @@ TEST(SetBytes, GoIntoNullAndStringOnly) {
         MakeNode(node, type);
         const bool fits = type == CParaSet::PARA_NULL || type == CParaSet::PARA_STRING;
         EXPECT_EQ(CodeOf([&] { node.setBytes("n", 1); }), fits ? 0 : -3);
-        EXPECT_EQ(FieldsOf(node), (Fields{fits ? CParaSet::PARA_STRING : type, 3, 2.5,
-                                          fits ? "nld" : "old"}));
+        EXPECT_EQ(FieldsOf(node),
+                  (Fields{fits ? CParaSet::PARA_STRING : type, 3, 2.5, fits ? "nld" : "old"}));
         EXPECT_EQ(CodeOf([&] { node.setBytes(nullptr, 0); }), fits ? 0 : -3)
             << "the type is looked at first";
         EXPECT_EQ(CodeOf([&] { EXPECT_EQ(node.setBytes(std::string("new!")), 4); }), fits ? 0 : -3);

@@ -8,10 +8,14 @@
 inline constexpr auto kUnknownType = static_cast<FrameUtil::CParaSet::ValueType>(99);
 
 inline constexpr FrameUtil::CParaSet::ValueType kEveryType[] = {
-    FrameUtil::CParaSet::PARA_NULL,     FrameUtil::CParaSet::PARA_DOUBLE,
-    FrameUtil::CParaSet::PARA_INT,      FrameUtil::CParaSet::PARA_STRING,
-    FrameUtil::CParaSet::PARA_ARRAY,    FrameUtil::CParaSet::PARA_STRUCT,
-    FrameUtil::CParaSet::PARA_RESERVED, FrameUtil::CParaSet::PARA_RESID,
+    FrameUtil::CParaSet::PARA_NULL,
+    FrameUtil::CParaSet::PARA_DOUBLE,
+    FrameUtil::CParaSet::PARA_INT,
+    FrameUtil::CParaSet::PARA_STRING,
+    FrameUtil::CParaSet::PARA_ARRAY,
+    FrameUtil::CParaSet::PARA_STRUCT,
+    FrameUtil::CParaSet::PARA_RESERVED,
+    FrameUtil::CParaSet::PARA_RESID,
     kUnknownType,
 };
 

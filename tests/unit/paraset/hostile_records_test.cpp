@@ -1,10 +1,14 @@
 // Records as a peer may send them: whatever they hold, a tree comes out that can be used
 // and destroyed, and nothing is believed that is not there.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <string>
+#include <utility>
 
+#include "paraset/tables.h"
+#include "support/captured_log.h"
 #include "support/small_stack.h"
 #include "unit/paraset/record_text.h"
 
@@ -78,18 +82,63 @@ TEST(HostileRecords, ColumnsNamedAsHeaders) {
               "{#: 73, ##ResID: 74, ##RowCount: 1, ##TableCount: 70, ##retCode: 71, ##ver: 72}");
 }
 
-TEST(HostileRecords, ManyColumnsWithoutCells) {
+// `rows` rows without values and one with a value for each of `columns` columns.
+void FillSparsely(AsnTable& table, int columns, int rows) {
+    for (int i = 0; i != columns; ++i) {
+        AddColumn(table, std::to_string(i).c_str(), 2);
+    }
+    for (int r = 0; r != rows; ++r) {
+        table.rows.Append();
+    }
+    auto& last = table.rows.Append();
+    for (int i = 0; i != columns; ++i) {
+        last.Append().iVal.Emplace(i);
+    }
+}
+
+// A thousand columns of a million slots would take eight gigaoctets.
+TEST(HostileRecords, ATableOfGapsIsLeftOut) {
+    AsnCommonResponse response;
+    FillSparsely(response.tables.Ensure().Append(), 1000, 1000000);
+    response.tables->begin()->name.Emplace("gaps");
+    AsnTable& good = response.tables->Append();
+    AddColumn(good, "a", 2);
+    AppendRow(good, {1});
+    CapturedLog log;
+    CParaSet root("root");
+    EXPECT_EQ(root.CommonRspAsn2Para(response), 0);
+    EXPECT_EQ(Shape(root),
+              "{##TableCount: 2, ##retCode: 0, gaps: null, tab1: {##RowCount: 1, a: 1}}");
+    EXPECT_THAT(log.Texts(),
+                testing::ElementsAre("[Frame][Table2ParaSet] table \"gaps\" left out: its 1000001 "
+                                     "rows lack most of 1000 columns"));
+}
+
+TEST(HostileRecords, GapsUpToTheLimitAreDecoded) {
+    // 64 columns and their 64 values: 65536 gaps are free, 16 more for each value.
+    for (const auto& [rows, code] : {std::pair(1024 + 16, 0), std::pair(1024 + 17, -3)}) {
+        SCOPED_TRACE(rows);
+        AsnTable table;
+        FillSparsely(table, 64, rows);
+        CParaSet node("n");
+        EXPECT_EQ(FrameUtil::Table2ParaSet(&table, node), code);
+        EXPECT_EQ(node.GetRowCount(), code == 0 ? rows + 1 : -1);
+        EXPECT_EQ(node.count(), code == 0 ? 65 : 0);
+    }
+}
+
+TEST(HostileRecords, ManyRowsAndColumnsWithFewValues) {
     AsnCommonResponse response;
     AsnTable& table = response.tables.Ensure().Append();
-    for (int i = 0; i != 1000; ++i) {
+    for (int i = 0; i != 100; ++i) {
         AddColumn(table, "same", INT_MAX - i);
     }
-    for (int r = 0; r != 1000; ++r) {
+    for (int r = 0; r != 100; ++r) {
         table.rows.Append();
     }
     CParaSet root("root");
     EXPECT_EQ(root.CommonRspAsn2Para(response), 0);
-    EXPECT_EQ(Shape(root), "{##RowCount: 1000, ##TableCount: 1, ##retCode: 0}");
+    EXPECT_EQ(Shape(root), "{##RowCount: 100, ##TableCount: 1, ##retCode: 0}");
 }
 
 TEST(HostileRecords, CellsWithEveryFieldAtOnce) {

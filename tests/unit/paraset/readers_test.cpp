@@ -21,10 +21,14 @@ TEST(Readers, LookAtTheTypesField) {
         double as_double;
         const char* as_string;
     } const rows[] = {
-        {CParaSet::PARA_NULL, -1, 0.0, nullptr},     {CParaSet::PARA_DOUBLE, -1, 2.5, "2.5"},
-        {CParaSet::PARA_INT, 3, 3.0, "3"},           {CParaSet::PARA_STRING, 0, 0.0, "old"},
-        {CParaSet::PARA_ARRAY, -1, 0.0, nullptr},    {CParaSet::PARA_STRUCT, -1, 0.0, nullptr},
-        {CParaSet::PARA_RESERVED, -1, 0.0, nullptr}, {CParaSet::PARA_RESID, -1, 0.0, nullptr},
+        {CParaSet::PARA_NULL, -1, 0.0, nullptr},
+        {CParaSet::PARA_DOUBLE, -1, 2.5, "2.5"},
+        {CParaSet::PARA_INT, 3, 3.0, "3"},
+        {CParaSet::PARA_STRING, 0, 0.0, "old"},
+        {CParaSet::PARA_ARRAY, -1, 0.0, nullptr},
+        {CParaSet::PARA_STRUCT, -1, 0.0, nullptr},
+        {CParaSet::PARA_RESERVED, -1, 0.0, nullptr},
+        {CParaSet::PARA_RESID, -1, 0.0, nullptr},
         {kUnknownType, -1, 0.0, nullptr},
     };
     ASSERT_EQ(std::size(rows), std::size(kEveryType));
@@ -186,7 +190,8 @@ TEST(Value, IsTheScalarAsAVariant) {
     EXPECT_EQ(real.value().GetType(), refl::Enum::DT_DOUBLE);
     EXPECT_EQ(real.value().As_double(), 2.5);
     CParaSet text("t");
-    for (const std::string& bytes : {std::string(), std::string("a\0b", 3), std::string(100, 'x')}) {
+    for (const std::string& bytes :
+         {std::string(), std::string("a\0b", 3), std::string(100, 'x')}) {
         text = bytes;
         EXPECT_EQ(text.value().GetType(), refl::Enum::DT_TEXT);
         EXPECT_EQ(text.value().As_std_string(), bytes);

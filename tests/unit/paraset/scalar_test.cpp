@@ -115,15 +115,17 @@ std::vector<Row> RefusedBut(std::vector<Row> taken) {
 
 TEST(AssignDouble, GoesIntoNullAndDoubleOnly) {
     const Fields written{CParaSet::PARA_DOUBLE, 3, 7.5, "old"};
-    Check("7.5", RefusedBut({{CParaSet::PARA_NULL, 0, written, ""},
-                             {CParaSet::PARA_DOUBLE, 0, written, ""}}),
+    Check("7.5",
+          RefusedBut(
+              {{CParaSet::PARA_NULL, 0, written, ""}, {CParaSet::PARA_DOUBLE, 0, written, ""}}),
           [](CParaSet& n) -> CParaSet& { return n = 7.5; });
 }
 
 TEST(AssignCharacters, GoIntoNullAndStringOnly) {
     const Fields written{CParaSet::PARA_STRING, 3, 2.5, "new"};
-    Check("\"new\"", RefusedBut({{CParaSet::PARA_NULL, 0, written, ""},
-                                 {CParaSet::PARA_STRING, 0, written, ""}}),
+    Check("\"new\"",
+          RefusedBut(
+              {{CParaSet::PARA_NULL, 0, written, ""}, {CParaSet::PARA_STRING, 0, written, ""}}),
           [](CParaSet& n) -> CParaSet& { return n = "new"; });
 }
 

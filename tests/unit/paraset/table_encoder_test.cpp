@@ -86,9 +86,7 @@ TEST(TableEncoder, WritesScalarsAsOneRow) {
              n[""] = 3;
          },
          "(:2, a#:2) [3, 2]"},
-        {"no columns",
-         [](CParaSet& n) { n["##RowCount"] = 1; },
-         "() []"},
+        {"no columns", [](CParaSet& n) { n["##RowCount"] = 1; }, "() []"},
         {"an entry without a child is not valued",
          [](CParaSet& n) {
              n["##RowCount"] = 1;

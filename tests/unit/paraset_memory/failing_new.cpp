@@ -14,7 +14,8 @@ thread_local bool armed = false;
 
 void* Allocate(std::size_t size) noexcept {
     if (armed) {
-        if (size >= FailNthAllocation::kHugeOctets || (until_failure != 0 && --until_failure == 0)) {
+        if (size >= FailNthAllocation::kHugeOctets ||
+            (until_failure != 0 && --until_failure == 0)) {
             fired = true;
             return nullptr;
         }

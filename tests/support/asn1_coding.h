@@ -1,4 +1,6 @@
-// Encoding and decoding in one call, for the tables of the ASN.1 runtime's tests.
+// Encoding and decoding in one call, for the tables of tests.
+//
+// Thread rule: thread-safe.
 #pragma once
 
 #include <ostream>
@@ -9,13 +11,7 @@
 #include "kelp/asn1.h"
 #include "support/octets.h"
 
-namespace asn1_test {
-
-using support::Element;
-using support::Hex;
-using support::IndefiniteElement;
-using support::Octets;
-using support::Repeat;
+namespace support {
 
 inline std::string Encoded(const AsnType& value) {
     AsnBuffer out;
@@ -42,4 +38,4 @@ inline std::string Printed(const AsnType& value, int indent = 0) {
     return out.str();
 }
 
-}  // namespace asn1_test
+}  // namespace support
