@@ -2,16 +2,9 @@
 // these codes: a child that is no table travels as an empty one.
 #pragma once
 
-#include <string>
-
 #include "frameutil/paraset.h"
 
 namespace FrameUtil {
-
-/// Text in records ends at its first zero octet.
-inline std::string TextOf(const AsnOcts& octets) {
-    return std::string(octets.view().substr(0, octets.view().find('\0')));
-}
 
 /// Appends the columns and rows of `node` to `table`. 0; -3 without a table, -1 without
 /// a node or its "##RowCount" child, -2 when that reads 0. Index access on the way
