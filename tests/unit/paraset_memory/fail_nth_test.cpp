@@ -8,8 +8,8 @@
 #include <new>
 #include <string>
 
+#include "support/failing_new.h"
 #include "support/paraset_shape.h"
-#include "unit/paraset_memory/failing_new.h"
 
 namespace {
 
@@ -18,13 +18,13 @@ using FrameUtil::AsnCommonResponse;
 using FrameUtil::AsnTable;
 using FrameUtil::CParaSet;
 
-// Longer than what a std::string holds without allocating.
-const std::string kLong(40, 'x');
+// Larger than pooled blocks, so that it comes from operator new wherever it is kept.
+const std::string kLong(600, 'x');
 
 void Nothing(CParaSet&) {}
 
 void SomeTree(CParaSet& tree) {
-    const AsnDistinguishedResource resource = Resource("a distinguished name of some length");
+    const AsnDistinguishedResource resource = Resource(kLong.c_str());
     tree["list"][2][kLong] = kLong;
     tree["list"][0] = 1;
     tree["deep.er.still"] = 2.5;
@@ -92,7 +92,7 @@ const Case kCases[] = {
     {"assign a variant", Nothing, [](CParaSet& t) { t = TEValue(kLong); }, true},
     {"assign a resource", SomeTree,
      [](CParaSet& t) {
-         const AsnDistinguishedResource resource = Resource("another name of some length");
+         const AsnDistinguishedResource resource = Resource(kLong.c_str());
          t["resource"] = &resource;
      },
      true},
