@@ -54,11 +54,18 @@ void Convert(CParaSet& tree, AsnCommonResponse& record) {
     tree.Para2CommonRspAsn(record);
 }
 
+// A node is worth a few cells; null slots that short rows leave are bounded as well.
+constexpr std::size_t kTreeMultiple = 256;
+constexpr std::size_t kTreeSpare = std::size_t{2} << 20;
+
 template <class Record>
-void ThroughATree(Record& record) {
+void ThroughATree(Record& record, std::size_t size) {
     CParaSet tree("root");
     try {
+        const std::size_t before = support::HeapInUse();
         Convert(record, tree);
+        Require(support::HeapInUse() <= before + kTreeMultiple * size + kTreeSpare,
+                "a tree holds too much memory");
         BoundRowCount(tree);
         for (auto& [name, child] : tree.GetMapValue()) {
             if (child != nullptr) {
@@ -98,7 +105,7 @@ void Check(const std::uint8_t* data, std::size_t size) {
     std::ostringstream printed;
     again.Print(printed);
     Require(!printed.str().empty(), "nothing is printed");
-    ThroughATree(record);
+    ThroughATree(record, size);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/asn1_coding.h"
+#include "support/failing_new.h"
 
 namespace asn1_test {
 namespace {
@@ -118,6 +119,7 @@ TEST(AsnList, ReserveChangesNothingButPlaces) {
         list.Reserve(reserve);
         EXPECT_TRUE(list.empty());
     }
+    const FailNthAllocation huge_ones_fail(0);
     ASNULList list;
     EXPECT_THROW(list.Reserve(SIZE_MAX), std::bad_alloc);
     EXPECT_THROW(list.Reserve(SIZE_MAX / sizeof(AsnInt) + 1), std::bad_alloc);

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "kelp/log.h"
+#include "support/failing_new.h"
 #include "support/temp_folder.h"
-#include "unit/paraset_memory/failing_new.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <new>
 #include <string>
 
+#include "support/failing_new.h"
 #include "support/paraset_shape.h"
-#include "unit/paraset_memory/failing_new.h"
 
 namespace {
 

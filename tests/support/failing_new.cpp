@@ -1,4 +1,4 @@
-#include "unit/paraset_memory/failing_new.h"
+#include "support/failing_new.h"
 
 #include <atomic>
 #include <cstdlib>
