@@ -8,7 +8,7 @@
 //         EXPECT_TRUE(failing.Fired());
 //     }
 //     EXPECT_EQ(LiveAllocations(), before);
-//     for (long n = 1; FailNth(n, [&] { copy = original; }); ++n) EXPECT_TRUE(copy.empty());
+//     for (long n = 1; support::FailNth(n, [&] { copy = original; }); ++n) EXPECT_TRUE(copy.empty());
 //
 // Blocks of the library's pools are among them in builds with a sanitizer only.
 //
@@ -36,6 +36,8 @@ class FailNthAllocation {
     static constexpr unsigned long kHugeOctets = 1UL << 30;
 };
 
+namespace support {
+
 /// Runs `work` with the n-th allocation (counted from 1) failing. True when it did fail,
 /// which `work` must report as std::bad_alloc; false when `work` needs fewer.
 template <class Work>
@@ -54,3 +56,5 @@ bool FailNth(long n, Work work) {
     }
     return false;
 }
+
+}  // namespace support

@@ -8,7 +8,9 @@ namespace kelp {
 
 void BlockText::assign(std::string_view text) {
     if (text.size() < capacity_) {
-        std::memmove(octets_, text.data(), text.size());
+        if (!text.empty()) {  // an empty view may be a null pointer
+            std::memmove(octets_, text.data(), text.size());
+        }
     } else {
         if (text.empty()) {
             octets_ = const_cast<char*>(kNone);

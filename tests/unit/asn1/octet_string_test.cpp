@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "support/asn1_coding.h"
 #include "support/sweeps.h"
 
@@ -137,6 +139,45 @@ TEST(AsnOcts, TakesAndGivesTexts) {
     EXPECT_EQ(value.str(), "four");
     value.str() += '\0';
     EXPECT_EQ(Hex(Encoded(value)), "04 05 66 6f 75 72 00");
+}
+
+// Taking what it holds, whole or in part, edited in place or not, and taking nothing.
+TEST(AsnOcts, TakesAPartOfItself) {
+    const std::string_view nothing;
+    for (const std::size_t size : {5U, 40U, 600U}) {
+        SCOPED_TRACE(size);
+        for (const bool edited : {false, true}) {
+            AsnOcts value(std::string(size, 'x') + "end");
+            if (edited) {
+                value.str() += "!";
+            }
+            const std::string former(value.view());
+            const AsnOcts& itself = value;
+            value = itself;
+            EXPECT_EQ(value.view(), former);
+            value = value.view().substr(size);
+            EXPECT_EQ(value.view(), former.substr(size));
+            value = nothing;
+            EXPECT_TRUE(value.empty());
+            EXPECT_EQ(Hex(Encoded(value)), "04 00");
+        }
+    }
+}
+
+// What editing in place changed is what is encoded, copied and moved.
+TEST(AsnOcts, EditedInPlaceIsItsValue) {
+    AsnOcts value("abc");
+    value.str()[1] = '\0';
+    EXPECT_EQ(Hex(Encoded(value)), "04 03 61 00 63");
+    const AsnOcts copy(value);
+    EXPECT_EQ(Hex(Encoded(copy)), "04 03 61 00 63");
+    AsnOcts moved(std::move(value));
+    EXPECT_EQ(Hex(Encoded(moved)), "04 03 61 00 63");
+    moved = "d";
+    EXPECT_EQ(Hex(Encoded(moved)), "04 01 64");
+    moved.str() = "longer than before";
+    EXPECT_EQ(Decode(Octets("04 01 65"), moved), "");
+    EXPECT_EQ(moved.str(), "e");
 }
 
 }  // namespace
