@@ -21,6 +21,10 @@ class Retention {
     static constexpr std::size_t kAlways = std::size_t{64} << 20;
     static constexpr std::int64_t kSeconds = 10;
 
+    /// `now` tells the seconds of a clock that never goes back.
+    explicit constexpr Retention(std::int64_t (*now)() noexcept = MonotonicSeconds) noexcept
+        : now_(now) {}
+
     /// `octets` that were not in use are now; `kept` tells whether they were kept empty.
     void Use(std::size_t octets, bool kept) noexcept {
         if (kept) {
@@ -29,7 +33,7 @@ class Retention {
         const std::size_t used = used_.fetch_add(octets, kOrder) + octets;
         if (used >= peak_.load(kOrder)) {
             peak_.store(used, kOrder);
-            peak_at_.store(Now(), kOrder);
+            peak_at_.store(now_(), kOrder);
         }
     }
 
@@ -37,7 +41,7 @@ class Retention {
     /// if they are to be given back to the system.
     bool Keep(std::size_t octets) noexcept {
         const std::size_t used = used_.fetch_sub(octets, kOrder) - octets;
-        const std::int64_t now = Now();
+        const std::int64_t now = now_();
         if (now - peak_at_.load(kOrder) > kSeconds) {
             peak_.store(used, kOrder);
             peak_at_.store(now, kOrder);
@@ -58,7 +62,7 @@ class Retention {
   private:
     static constexpr std::memory_order kOrder = std::memory_order_relaxed;
 
-    static std::int64_t Now() noexcept {
+    static std::int64_t MonotonicSeconds() noexcept {
         timespec now{};
         clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
         return now.tv_sec;
@@ -70,6 +74,7 @@ class Retention {
         return std::max(kAlways, peak > used ? peak - used : 0);
     }
 
+    std::int64_t (*now_)() noexcept;
     std::atomic<std::size_t> used_{0};   // of regions with a block handed out
     std::atomic<std::size_t> empty_{0};  // of regions that are kept
     std::atomic<std::size_t> peak_{0};   // of used_, while it is remembered

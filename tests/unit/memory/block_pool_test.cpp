@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "memory/retention.h"
+
 namespace kelp::memory {
 namespace {
 
@@ -100,28 +102,24 @@ TEST(BlockPool, TrimLeavesRegionsInUse) {
     EXPECT_EQ(pool->reserved(), 0U);
 }
 
-// Pools keep no more than their common limit of empty regions.
-TEST(BlockPool, ReleasesEmptyRegionsBeyondTheLimit) {
+// Pools keep together what was lately in use (retention_test.cpp), until they are trimmed.
+TEST(BlockPool, KeepsEmptyRegionsThatWereLatelyInUse) {
     const auto one = PoolOf(512);
     const auto other = PoolOf(256);
     const auto fill = [](BlockPool& pool, std::size_t size) {
-        return TakeMany(pool, static_cast<unsigned>(BlockPool::kRetainedLimit / size));
+        return TakeMany(pool, static_cast<unsigned>(2 * Retention::kAlways / size));
     };
     const std::vector<void*> blocks = fill(*one, 512);
     const std::vector<void*> others = fill(*other, 256);
-    EXPECT_GT(one->reserved() + other->reserved(), 2 * BlockPool::kRetainedLimit);
+    const std::size_t used = one->reserved() + other->reserved();
+    EXPECT_GT(used, 4 * Retention::kAlways);
     GiveMany(*one, blocks);
     GiveMany(*other, others);
     EXPECT_EQ(one->handed_out() + other->handed_out(), 0U);
-    EXPECT_LE(one->reserved() + other->reserved(), BlockPool::kRetainedLimit);
-    EXPECT_GE(one->reserved() + other->reserved(),
-              BlockPool::kRetainedLimit - BlockPool::kRegionSize);
+    EXPECT_EQ(one->reserved() + other->reserved(), used);
     one->Trim();
     other->Trim();
     EXPECT_EQ(one->reserved() + other->reserved(), 0U);
-    // The trimmed regions count no longer: as many are kept again.
-    GiveMany(*one, fill(*one, 512));
-    EXPECT_GE(one->reserved(), BlockPool::kRetainedLimit - BlockPool::kRegionSize);
 }
 
 // Blocks taken by one thread are given by another; every block keeps what its holder
