@@ -21,8 +21,8 @@ class Retention {
     static constexpr std::size_t kAlways = std::size_t{64} << 20;
     static constexpr std::int64_t kSeconds = 10;
 
-    /// `now` tells the time in seconds; tests bring their own.
-    explicit constexpr Retention(std::int64_t (*now)() noexcept = &MonotonicSeconds) noexcept
+    /// `now` tells the seconds of a clock that never goes back.
+    explicit constexpr Retention(std::int64_t (*now)() noexcept = MonotonicSeconds) noexcept
         : now_(now) {}
 
     /// `octets` that were not in use are now; `kept` tells whether they were kept empty.

@@ -1,89 +1,66 @@
-// How much empty memory the pools keep, by a clock that the test moves.
+// How much empty memory the pools keep: what was lately in use, and a little always.
 #include "memory/retention.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-
 namespace kelp::memory {
 namespace {
 
-std::int64_t g_now = 0;
+constexpr std::size_t kRegion = std::size_t{2} << 20;
+constexpr std::size_t kRegionsAlways = Retention::kAlways / kRegion;
 
-std::int64_t TestNow() noexcept {
-    return g_now;
+std::int64_t g_seconds = 0;
+
+std::int64_t Seconds() noexcept {
+    return g_seconds;
 }
 
-constexpr std::size_t kRegion = std::size_t{2} << 20;
-constexpr std::size_t kAlwaysRegions = Retention::kAlways / kRegion;
-
-// Takes `count` fresh regions into use.
-void Use(Retention& retention, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        retention.Use(kRegion, false);
+void UseRegions(Retention& retention, std::size_t regions, bool kept) {
+    for (std::size_t i = 0; i < regions; ++i) {
+        retention.Use(kRegion, kept);
     }
 }
 
-// Empties `count` regions; how many of them are kept.
-std::size_t Empty(Retention& retention, std::size_t count) {
+// How many of so many returned regions are kept.
+std::size_t Kept(Retention& retention, std::size_t regions) {
     std::size_t kept = 0;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < regions; ++i) {
         kept += retention.Keep(kRegion) ? 1 : 0;
     }
     return kept;
 }
 
-TEST(Retention, KeepsASmallAmountAlways) {
-    g_now = 1000;
-    Retention retention(&TestNow);
-    Use(retention, kAlwaysRegions);
-    g_now += 1000;
-    EXPECT_EQ(Empty(retention, kAlwaysRegions), kAlwaysRegions);
+TEST(Retention, KeepsAllThatWasLatelyInUse) {
+    Retention retention(Seconds);
+    const std::size_t regions = 3 * kRegionsAlways;
+    UseRegions(retention, regions, false);
+    EXPECT_EQ(Kept(retention, regions), regions);
     EXPECT_FALSE(retention.TooMuch());
 }
 
-// What was in use within the last seconds is kept; whoever needs it again finds it.
-TEST(Retention, KeepsWhatWasLatelyInUse) {
-    g_now = 1000;
-    Retention retention(&TestNow);
-    Use(retention, 500);
-    g_now += Retention::kSeconds;
-    EXPECT_EQ(Empty(retention, 500), 500U);
-    EXPECT_FALSE(retention.TooMuch());
-    for (int i = 0; i < 500; ++i) {
-        retention.Use(kRegion, true);
-    }
-    EXPECT_EQ(Empty(retention, 500), 500U);
-}
-
-TEST(Retention, ForgetsAnOldPeak) {
-    g_now = 1000;
-    Retention retention(&TestNow);
-    Use(retention, 500);
-    EXPECT_EQ(Empty(retention, 400), 400U);
-    g_now += Retention::kSeconds + 1;
-    // The next region that is emptied is one too many, and so are most of those kept.
-    EXPECT_EQ(Empty(retention, 1), 0U);
-    std::size_t kept = 400;
-    for (; retention.TooMuch(); --kept) {
+TEST(Retention, ForgetsAPeakAndKeepsALittleAlways) {
+    Retention retention(Seconds);
+    const std::size_t regions = 3 * kRegionsAlways;
+    UseRegions(retention, regions + 1, false);
+    ASSERT_EQ(Kept(retention, regions), regions);
+    g_seconds += Retention::kSeconds + 1;
+    EXPECT_FALSE(retention.Keep(kRegion));
+    std::size_t dropped = 0;
+    for (; retention.TooMuch(); ++dropped) {
         retention.Drop(kRegion);
     }
-    EXPECT_EQ(kept, kAlwaysRegions);
-    EXPECT_EQ(Empty(retention, 1), 0U);
-    retention.Drop(kRegion);
-    EXPECT_EQ(Empty(retention, 1), 1U);
+    EXPECT_EQ(dropped, regions - kRegionsAlways);
 }
 
-// A use as high as the peak makes it new.
-TEST(Retention, RemembersAPeakThatComesAgain) {
-    g_now = 1000;
-    Retention retention(&TestNow);
-    Use(retention, 500);
-    g_now += Retention::kSeconds;
-    EXPECT_EQ(Empty(retention, 1), 1U);
-    retention.Use(kRegion, true);
-    g_now += Retention::kSeconds;
-    EXPECT_EQ(Empty(retention, 500), 500U);
+TEST(Retention, APeakThatIsReachedAgainIsRemembered) {
+    Retention retention(Seconds);
+    const std::size_t regions = 2 * kRegionsAlways;
+    UseRegions(retention, regions, false);
+    for (int round = 0; round < 3; ++round) {
+        g_seconds += Retention::kSeconds;
+        ASSERT_EQ(Kept(retention, regions), regions);
+        UseRegions(retention, regions, true);
+    }
 }
 
 }  // namespace
