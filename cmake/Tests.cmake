@@ -23,6 +23,14 @@ function(gtest_program name)
   set_tests_properties(${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS ${T_LABEL})
 endfunction()
 
+# Makes every pooled block of a test program come from operator new, as in a build with a
+# sanitizer, for tests that let the n-th allocation fail.
+function(take_blocks_from_heap name)
+  set(blocks ${PROJECT_SOURCE_DIR}/kelp/src/memory/blocks.cpp)
+  target_sources(${name} PRIVATE ${blocks})
+  target_compile_definitions(${name} PRIVATE KELP_BLOCKS_FROM_HEAP)
+endfunction()
+
 # fuzz_target(record LINKS frameutil_static), from fuzz/record/: target.cpp and corpus/. In every build
 # it replays its corpus as a test; with FRAMEUTIL_LIBFUZZER it is a libFuzzer program.
 function(fuzz_target name)

@@ -2,5 +2,6 @@
 #pragma once
 
 #include "frameutil/log.h"
+#include "frameutil/msg.h"
 #include "frameutil/paraset.h"
 #include "frameutil/version.h"

@@ -24,7 +24,8 @@
 // an integer may be written into a double node, a double not into an integer node; a
 // std::string over a number is taken with a trace, a const char* throws.
 //
-// Trees may be millions of nodes wide or deep: no operation recurses.
+// Trees may be millions of nodes wide or deep: no operation recurses. An operation that
+// throws, be it std::bad_alloc, leaves the tree as it was, unless its comment says more.
 //
 // Thread rule: one thread at a time for each tree; different trees share nothing.
 #pragma once
@@ -39,6 +40,7 @@
 
 #include "frameutil/export.h"
 #include "frameutil/records.h"
+#include "kelp/block_text.h"
 #include "kelp/value.h"
 
 namespace FrameUtil {
@@ -100,7 +102,7 @@ class FRAMEUTIL_API CParaSet {
     bool isNull() const;
     std::string name() const;
     /// Renames the node; the key that a parent knows it by stays.
-    void SetName(std::string name);
+    void SetName(const std::string& name);
     ValueType type() const;
     /// Overwrites the type and nothing else.
     void SetType(ValueType type);
@@ -124,7 +126,8 @@ class FRAMEUTIL_API CParaSet {
     /// exactly index + 1 slots; the child is named "root"). A PARA_NULL node becomes an
     /// array. On a structure: the child of the index-th entry in key order, at a cost
     /// linear in the index. On any other type: the node itself, so that element 0 of a
-    /// scalar is the scalar. Throws FRexception -1 and -2.
+    /// scalar is the scalar. Throws FRexception -1 and -2 (also for an entry that has no
+    /// child); when memory is out the list may have grown by null slots already.
     CParaSet& operator[](int index);
 
     /// The child at a dotted path, made if it is not there. Making a child turns its
@@ -187,7 +190,7 @@ class FRAMEUTIL_API CParaSet {
     /// std::logic_error on a null pointer.
     CParaSet& operator=(const char* value);
     /// Any type becomes PARA_STRING; one that was not PARA_NULL or PARA_STRING is traced.
-    CParaSet& operator=(std::string value);
+    CParaSet& operator=(const std::string& value);
     /// Attaches a copy of `resource`, whatever the type was; null does nothing.
     CParaSet& operator=(const AsnDistinguishedResource* resource);
     /// Integers (codes 13, 14, 23, 24 and 25, low 32 bits) go into PARA_NULL and
@@ -224,7 +227,7 @@ class FRAMEUTIL_API CParaSet {
     void setBytes(const void* data, unsigned long length);
     /// The string becomes `value`, the type PARA_STRING; the result is the new length.
     /// Throws as above.
-    int setBytes(std::string value);
+    int setBytes(const std::string& value);
 
     /// Whether find(path) finds a node that is not PARA_NULL.
     bool checkParaValid(const std::string& path);
@@ -241,10 +244,14 @@ class FRAMEUTIL_API CParaSet {
     /// Copies every column of `rowSet` into element `row` of this table's column of the
     /// same name, adds one to the row counter, writes it to "##RowCount" and returns
     /// that child. The counter does not look at "##RowCount": on a decoded table the
-    /// first AddRow sets it to 1.
+    /// first AddRow sets it to 1. An entry of `rowSet` without a child leaves its cell as
+    /// it is, made if it was not there. `rowSet` is not one of the cells that are written
+    /// to, nor part of one. Throws FRexception -1, -2 (a structure as column) and -3; the
+    /// columns before the failing one have changed then.
     CParaSet& AddRow(int row, CParaSet& rowSet);
     /// Copies element `row` of every column into the child of `rowSet` of that name.
-    /// Missing elements are made; what else `rowSet` holds stays.
+    /// Missing elements are made; what else `rowSet` holds stays. A column whose entry has
+    /// no child is left out. Throws as AddRow does.
     void GetRow(int row, CParaSet& rowSet);
     /// Removes element `row` of every column, takes one off the row count if the last
     /// column lost it, writes the count to "##RowCount" and returns that child. Throws
@@ -259,20 +266,25 @@ class FRAMEUTIL_API CParaSet {
 
     // ---- common records ------------------------------------------------------------
 
-    // Called on a root. A named child travels under its key. These return 0 always:
-    // headers that are missing are skipped, and a child that is no table travels as an
-    // empty one. Assigning over existing children can throw FRexception -3.
+    // Called on a root. A named child travels under its key, and what arrives under a
+    // name becomes the child of exactly that key: a peer's dots make no structures, so a
+    // name with dots in it is found through GetMapValue() or GetRow(), not by a path.
+    // These return 0 always: headers that are missing are skipped, and a child that is no
+    // table travels as an empty one. Assigning over existing children can throw
+    // FRexception -3.
 
     /// "##UserID" (made if missing, and then -1), "##ResID" and the tables that
     /// "##TableCount" announces: with 1 the root itself, unnamed; with more, every child
     /// whose name does not begin with '#', under its name.
     int Para2CommonReqAsn(AsnCommonRequest& request);
-    /// "##retCode", "##retCodeEx", "##ver" and the tables. With "##TableCount" 1 the
-    /// root itself travels only if it has a valued "##RowCount"; else its children do,
-    /// as named tables.
+    /// "##retCode", "##retCodeEx", "##ver" (absent when it has no text) and the tables. With
+    /// "##TableCount" 1 the root itself travels only if it has a valued "##RowCount"; else its
+    /// children do, as named tables.
     int Para2CommonRspAsn(AsnCommonResponse& response);
     /// The way back. A single table goes into the root, or, if it has a name, into the
     /// child of that name; of several, those without a name become "tab0", "tab1", ...
+    /// A table that is nearly all gaps (rows much shorter than its columns, tens of
+    /// thousands of values missing) is left out, with a warning in the log.
     int CommonReqAsn2Para(const AsnCommonRequest& request);
     /// The same, but that a single table goes into the root whatever its name.
     int CommonRspAsn2Para(const AsnCommonResponse& response);
@@ -286,8 +298,8 @@ class FRAMEUTIL_API CParaSet {
 
   private:
     friend struct NodeAccess;
-    struct ChildTag {};
-    CParaSet(ChildTag, std::string_view name);
+    // A child; REQUIRES: the node is made by operator new of this class.
+    explicit CParaSet(kelp::BlockText&& name) noexcept;
 
     std::vector<CParaSet*> m_vctValue;
     std::map<std::string, CParaSet*> m_mapValue;

@@ -72,6 +72,9 @@ class FRAMEUTIL_API AsnValue final : public AsnCopyable<AsnValue, AsnSequence> {
     AsnOptional<AsnOcts> sVal;
 
     const refl::CClassInfor& GetClassInfor() const override;
+    const char* Unit() const override { return "paraset"; }
+    void BEncContent(AsnBuffer& out) const override;
+    void BDecContent(AsnReader& in) override;
 };
 
 /// One column: its name, the type code of its cells (2 integer, 4 string, 9 double,

@@ -23,21 +23,20 @@ enum class NamedSingleTable { kIntoRoot, kIntoChild };
 
 void TakeTables(CParaSet& root, const AsnOptional<AsnTableList>& tables, NamedSingleTable single) {
     if (!tables) {
-        root[reserved::kTableCount] = 0;
+        NodeAccess::MakeChild(root, reserved::kTableCount) = 0;
         return;
     }
-    root[reserved::kTableCount] = static_cast<int>(tables->Count());
+    NodeAccess::MakeChild(root, reserved::kTableCount) = static_cast<int>(tables->Count());
     const bool several = tables->Count() > 1;
     int number = 0;
     for (const AsnTable& table : *tables) {
         const bool named = table.name && !table.name->empty();
-        if (several) {
-            Table2ParaSet(&table, root[named ? table.name->str() : "tab" + std::to_string(number)]);
-        } else if (named && single == NamedSingleTable::kIntoChild) {
-            Table2ParaSet(&table, root[table.name->str()]);
-        } else {
-            Table2ParaSet(&table, root);
+        CParaSet* target = &root;
+        if (several || (named && single == NamedSingleTable::kIntoChild)) {
+            target = &NodeAccess::MakeChild(
+                root, named ? std::string(table.name->view()) : "tab" + std::to_string(number));
         }
+        Table2ParaSet(&table, *target);
         ++number;
     }
 }
@@ -45,15 +44,15 @@ void TakeTables(CParaSet& root, const AsnOptional<AsnTableList>& tables, NamedSi
 }  // namespace
 
 int CParaSet::Para2CommonReqAsn(AsnCommonRequest& request) {
-    request.userID = (*this)[reserved::kUserID].asInt();
-    if (const CParaSet* resource = find(reserved::kResID)) {
+    request.userID = NodeAccess::MakeChild(*this, reserved::kUserID).asInt();
+    if (const CParaSet* resource = NodeAccess::Child(*this, reserved::kResID)) {
         AsnDistinguishedResource& target = request.resID.Ensure();
         target.Clear();
         if (resource->asResID() != nullptr) {
             target = *resource->asResID();
         }
     }
-    const CParaSet* table_count = find(reserved::kTableCount);
+    const CParaSet* table_count = NodeAccess::Child(*this, reserved::kTableCount);
     if (table_count == nullptr) {
         return 0;
     }
@@ -75,24 +74,24 @@ int CParaSet::Para2CommonReqAsn(AsnCommonRequest& request) {
 }
 
 int CParaSet::Para2CommonRspAsn(AsnCommonResponse& response) {
-    if (const CParaSet* code = find(reserved::kRetCode)) {
+    if (const CParaSet* code = NodeAccess::Child(*this, reserved::kRetCode)) {
         response.retCode = code->asInt();
     }
-    if (const CParaSet* code = find(reserved::kRetCodeEx)) {
+    if (const CParaSet* code = NodeAccess::Child(*this, reserved::kRetCodeEx)) {
         response.retCodeEx.Emplace(code->asInt());
     }
-    if (CParaSet* version = find(reserved::kVer)) {
+    if (CParaSet* version = NodeAccess::Child(*this, reserved::kVer)) {
         const char* text = version->asString();
         response.ver = text == nullptr ? nullptr : new AsnOcts(text);
     }
-    const CParaSet* table_count = find(reserved::kTableCount);
+    const CParaSet* table_count = NodeAccess::Child(*this, reserved::kTableCount);
     const int tables = table_count == nullptr ? 0 : table_count->asInt();
     if (tables <= 0) {
         return 0;
     }
     AsnTableList& list = response.tables.Ensure();
     list.Clear();
-    const CParaSet* row_count = find(reserved::kRowCount);
+    const CParaSet* row_count = NodeAccess::Child(*this, reserved::kRowCount);
     if (tables == 1 && row_count != nullptr && row_count->asInt() != -1) {
         ParaSet2Table(this, &list.Append());
     } else {
@@ -104,9 +103,10 @@ int CParaSet::Para2CommonRspAsn(AsnCommonResponse& response) {
 }
 
 int CParaSet::CommonReqAsn2Para(const AsnCommonRequest& request) {
-    (*this)[reserved::kUserID] = static_cast<int>(static_cast<std::int64_t>(request.userID));
+    NodeAccess::MakeChild(*this, reserved::kUserID) =
+        static_cast<int>(static_cast<std::int64_t>(request.userID));
     if (request.resID) {
-        (*this)[reserved::kResID] =
+        NodeAccess::MakeChild(*this, reserved::kResID) =
             static_cast<const AsnDistinguishedResource*>(request.resID.get());
     }
     TakeTables(*this, request.tables, NamedSingleTable::kIntoChild);
@@ -114,13 +114,17 @@ int CParaSet::CommonReqAsn2Para(const AsnCommonRequest& request) {
 }
 
 int CParaSet::CommonRspAsn2Para(const AsnCommonResponse& response) {
-    (*this)[reserved::kRetCode] = static_cast<int>(static_cast<std::int64_t>(response.retCode));
+    NodeAccess::MakeChild(*this, reserved::kRetCode) =
+        static_cast<int>(static_cast<std::int64_t>(response.retCode));
     if (response.retCodeEx) {
-        (*this)[reserved::kRetCodeEx] =
+        NodeAccess::MakeChild(*this, reserved::kRetCodeEx) =
             static_cast<int>(static_cast<std::int64_t>(*response.retCodeEx));
     }
     if (response.ver) {
-        (*this)[reserved::kVer] = TextOf(*response.ver);
+        // A version ends at its first zero octet, unlike a cell.
+        const std::string_view version = response.ver->view();
+        NodeAccess::MakeChild(*this, reserved::kVer) =
+            std::string(version.substr(0, version.find('\0')));
     }
     TakeTables(*this, response.tables, NamedSingleTable::kIntoRoot);
     return 0;

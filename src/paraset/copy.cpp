@@ -2,7 +2,7 @@
 //
 // Design notes. The copy of the children is complete before anything of the target is
 // let go: the source may be a part of the target's tree, or the target of the
-// source's, and a failure for lack of memory leaves the target's children as they were.
+// source's, and a failure for lack of memory leaves the target as it was.
 
 #include "frameutil/log.h"
 #include "paraset/node.h"
@@ -15,12 +15,26 @@ bool HasChildren(const CParaSet& node) {
     return !NodeAccess::List(node).empty() || !NodeAccess::Index(node).empty();
 }
 
+void MakeRoom(std::string& to, const std::string& from) {
+    if (to.capacity() < from.size()) {
+        to.reserve(from.size());
+    }
+}
+
 // Everything but the children, the resource record of other types than PARA_RESID, and
-// the two counters.
+// the two counters. What can fail comes first and changes nothing.
 void CopyValue(CParaSet& to, const CParaSet& from) {
     CParaSetImpl& target = NodeAccess::Impl(to);
     const CParaSetImpl& source = NodeAccess::Impl(from);
-    target.m_strName = source.m_strName;
+    MakeRoom(NodeAccess::Desc(to), NodeAccess::Desc(from));
+    kelp::BlockText name(source.m_strName);
+    kelp::BlockText value(source.m_strValue);
+    if (source.m_iValType == CParaSet::PARA_RESID && NodeAccess::Resource(from) != nullptr) {
+        auto* copy = new AsnDistinguishedResource(*NodeAccess::Resource(from));
+        delete NodeAccess::Resource(to);
+        NodeAccess::Resource(to) = copy;
+    }
+    target.m_strName = std::move(name);
     if (!NodeAccess::Desc(from).empty() || !NodeAccess::Desc(to).empty()) {
         NodeAccess::Desc(to) = NodeAccess::Desc(from);
     }
@@ -28,12 +42,7 @@ void CopyValue(CParaSet& to, const CParaSet& from) {
     target.m_iUnread = source.m_iUnread;
     target.m_dValue = source.m_dValue;
     target.m_iValue = source.m_iValue;
-    target.m_strValue = source.m_strValue;
-    if (target.m_iValType == CParaSet::PARA_RESID && NodeAccess::Resource(from) != nullptr) {
-        auto* copy = new AsnDistinguishedResource(*NodeAccess::Resource(from));
-        delete NodeAccess::Resource(to);
-        NodeAccess::Resource(to) = copy;
-    }
+    target.m_strValue = std::move(value);
 }
 
 struct Children {
@@ -52,7 +61,7 @@ struct PendingCopy {
 };
 
 CParaSet* CopyOf(const CParaSet& from, std::vector<PendingCopy>& pending) {
-    std::unique_ptr<CParaSet> copy(NodeAccess::NewChild({}));
+    std::unique_ptr<CParaSet> copy(NodeAccess::NewElement());
     CopyValue(*copy, from);
     if (HasChildren(from)) {
         pending.push_back({&from, copy.get()});
@@ -108,10 +117,9 @@ const CParaSet& CParaSet::setValue(const CParaSet& other) {
     // From here on `other` may be gone: it may have been one of the old children.
     m_vctValue.swap(children.list);
     m_mapValue.swap(children.index);
-    if (m_pImpl->m_pUnlinked != nullptr) {
-        const auto unlinked = std::move(m_pImpl->m_pUnlinked);
+    if (m_pImpl->m_pRare != nullptr) {
         std::map<std::string, CParaSet*> none;
-        NodeAccess::Destroy(*unlinked, none);
+        NodeAccess::Destroy(m_pImpl->m_pRare->unlinked, none);
     }
     return *this;
 }

@@ -21,7 +21,7 @@ class DoomedNodes {
             return;
         }
         if (NodeAccess::List(*node).empty() && NodeAccess::Index(*node).empty() &&
-            NodeAccess::Impl(*node).m_pUnlinked == nullptr) {
+            NodeAccess::Impl(*node).m_pRare == nullptr) {
             delete node;
             return;
         }
@@ -35,8 +35,7 @@ class DoomedNodes {
         constexpr std::size_t kAhead = 8;
         for (std::size_t i = list.size(); i != 0; --i) {
             if (i > kAhead && list[i - 1 - kAhead] != nullptr) {
-                __builtin_prefetch(list[i - 1 - kAhead]);
-                NodeAccess::Prefetch(list[i - 1 - kAhead]);
+                NodeAccess::PrefetchAll(list[i - 1 - kAhead]);
             }
             Add(list[i - 1]);
         }
@@ -51,8 +50,8 @@ class DoomedNodes {
     }
 
     void AddUnlinked(CParaSet& node) noexcept {
-        if (const auto unlinked = std::move(NodeAccess::Impl(node).m_pUnlinked)) {
-            AddList(*unlinked);
+        if (const auto& rare = NodeAccess::Impl(node).m_pRare) {
+            AddList(rare->unlinked);
         }
     }
 
@@ -102,7 +101,7 @@ void CParaSet::clear() {
     m_pImpl->m_iValType = PARA_NULL;
 }
 
-bool CParaSet::clear(const std::string& name) {
+bool CParaSet::clear(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end() || entry->second == nullptr) {
         return false;
@@ -112,8 +111,8 @@ bool CParaSet::clear(const std::string& name) {
     return true;
 }
 
-bool CParaSet::clear(const char* name) {
-    return clear(std::string(name));
+bool CParaSet::clear(const std::string& name) {
+    return clear(name.c_str());
 }
 
 bool CParaSet::remove(int index) {
@@ -144,11 +143,7 @@ bool CParaSet::remove(int index) {
         }
         const auto entry = std::next(m_mapValue.begin(), index);
         if (entry->second != nullptr) {
-            auto& unlinked = m_pImpl->m_pUnlinked;
-            if (unlinked == nullptr) {
-                unlinked = std::make_unique<std::vector<CParaSet*>>();
-            }
-            unlinked->push_back(entry->second);
+            m_pImpl->EnsureRare().unlinked.push_back(entry->second);
         }
         m_mapValue.erase(entry);
         return true;
@@ -156,7 +151,7 @@ bool CParaSet::remove(int index) {
     return false;
 }
 
-bool CParaSet::remove(const std::string& name) {
+bool CParaSet::remove(const char* name) {
     const auto entry = m_mapValue.find(name);
     if (entry == m_mapValue.end()) {
         return false;
@@ -167,8 +162,8 @@ bool CParaSet::remove(const std::string& name) {
     return true;
 }
 
-bool CParaSet::remove(const char* name) {
-    return remove(std::string(name));
+bool CParaSet::remove(const std::string& name) {
+    return remove(name.c_str());
 }
 
 }  // namespace FrameUtil

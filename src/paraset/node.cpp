@@ -10,32 +10,9 @@ namespace FrameUtil {
 
 namespace {
 
-// A child's implementation object with the counters that std::allocate_shared puts in
-// front of it.
-constexpr std::size_t kImplRoom = sizeof(CParaSetImpl) + 3 * sizeof(void*);
-constexpr std::size_t kPairSize = sizeof(CParaSet) + kImplRoom;
-
-// Places the implementation object behind its node, in the node's own block.
-template <class T>
-struct BesideNode {
-    using value_type = T;
-    explicit BesideNode(CParaSet* owner) : node(owner) {}
-    template <class U>
-    BesideNode(const BesideNode<U>& other) : node(other.node) {}  // NOLINT
-
-    T* allocate(std::size_t) const {
-        static_assert(sizeof(T) <= kImplRoom, "the block has room for the object");
-        static_assert(alignof(T) <= alignof(CParaSet));
-        return reinterpret_cast<T*>(reinterpret_cast<char*>(node) + sizeof(CParaSet));
-    }
-    void deallocate(T*, std::size_t) const noexcept {}
-    template <class U>
-    bool operator==(const BesideNode<U>& other) const {
-        return node == other.node;
-    }
-
-    CParaSet* node;
-};
+// A child on the free store and its implementation object share a block.
+constexpr std::size_t kPairSize = sizeof(CParaSet) + sizeof(CParaSetImpl);
+static_assert(alignof(CParaSetImpl) <= alignof(CParaSet));
 
 }  // namespace
 
@@ -60,7 +37,8 @@ void CParaSet::operator delete(void* node, std::size_t size) noexcept {
     kelp::FreeBlock(node, size == sizeof(CParaSet) ? kPairSize : size);
 }
 
-CParaSet::CParaSet(const char* name) : m_pImpl(std::make_shared<CParaSetImpl>(name)) {}
+CParaSet::CParaSet(const char* name)
+    : m_pImpl(std::make_shared<CParaSetImpl>(kelp::BlockText(name))) {}
 
 CParaSet::CParaSet(const char* name, int value) : CParaSet(name) {
     m_pImpl->m_iValue = value;
@@ -68,22 +46,29 @@ CParaSet::CParaSet(const char* name, int value) : CParaSet(name) {
 }
 
 CParaSet::CParaSet(const char* name, const char* value) : CParaSet(name) {
-    m_pImpl->m_strValue = std::string(value);
+    m_pImpl->m_strValue.assign(value);
     m_pImpl->m_iValType = PARA_STRING;
 }
 
-CParaSet::CParaSet(ChildTag, std::string_view name)
-    : m_pImpl(std::allocate_shared<CParaSetImpl>(BesideNode<CParaSetImpl>(this), name)) {}
+// A pointer without owner: nodes never share the object, so there is nothing to count.
+CParaSet::CParaSet(kelp::BlockText&& name) noexcept
+    : m_pImpl(std::shared_ptr<CParaSetImpl>(),
+              new (reinterpret_cast<char*>(this) + sizeof(CParaSet))
+                  CParaSetImpl(std::move(name))) {}
 
-CParaSet::CParaSet(const CParaSet& other) : m_pImpl(std::make_shared<CParaSetImpl>(kElementName)) {
+CParaSet::CParaSet(const CParaSet& other)
+    : m_pImpl(std::make_shared<CParaSetImpl>(kelp::BlockText::Literal(NodeAccess::kElementName))) {
     setValue(other);
 }
 
 CParaSet::~CParaSet() {
-    if (!m_vctValue.empty() || !m_mapValue.empty() || m_pImpl->m_pUnlinked != nullptr) {
+    if (!m_vctValue.empty() || !m_mapValue.empty() || m_pImpl->m_pRare != nullptr) {
         NodeAccess::DestroyChildren(*this);
     }
     delete m_pResID;
+    if (m_pImpl.use_count() == 0) {
+        std::destroy_at(m_pImpl.get());
+    }
 }
 
 bool CParaSet::isNull() const {
@@ -91,11 +76,11 @@ bool CParaSet::isNull() const {
 }
 
 std::string CParaSet::name() const {
-    return m_pImpl->m_strName;
+    return std::string(m_pImpl->m_strName.view());
 }
 
-void CParaSet::SetName(std::string name) {
-    m_pImpl->m_strName = std::move(name);
+void CParaSet::SetName(const std::string& name) {
+    m_pImpl->m_strName.assign(name);
 }
 
 CParaSet::ValueType CParaSet::type() const {

@@ -49,11 +49,11 @@ int CParaSet::GetRowCount() {
 }
 
 int CParaSet::GetTableCount() const {
-    return m_pImpl->m_iTableCount;
+    return m_pImpl->m_pRare == nullptr ? 0 : m_pImpl->m_pRare->m_iTableCount;
 }
 
 void CParaSet::SetTableCount(int count) {
-    m_pImpl->m_iTableCount = count;
+    m_pImpl->EnsureRare().m_iTableCount = count;
 }
 
 }  // namespace FrameUtil

@@ -61,19 +61,23 @@ CParaSet& CParaSet::operator=(const char* value) {
     if (value == nullptr) {
         throw std::logic_error("parameter set: null text");
     }
-    impl.m_strValue = value;
+    impl.m_strValue.assign(value);
     impl.m_iValType = PARA_STRING;
     return *this;
 }
 
-CParaSet& CParaSet::operator=(std::string value) {
-    CParaSetImpl& impl = *m_pImpl;
-    if (impl.m_iValType != PARA_NULL && impl.m_iValType != PARA_STRING) {
+void NodeAccess::AssignText(CParaSet& node, std::string_view text) {
+    CParaSetImpl& impl = Impl(node);
+    if (impl.m_iValType != CParaSet::PARA_NULL && impl.m_iValType != CParaSet::PARA_STRING) {
         Trace("[CParaSet::operator =(const std::string strValue)], m_iValType = %d",
               static_cast<int>(impl.m_iValType));
     }
-    impl.m_strValue = std::move(value);
-    impl.m_iValType = PARA_STRING;
+    impl.m_strValue.assign(text);
+    impl.m_iValType = CParaSet::PARA_STRING;
+}
+
+CParaSet& CParaSet::operator=(const std::string& value) {
+    NodeAccess::AssignText(*this, value);
     return *this;
 }
 
@@ -117,7 +121,7 @@ const char* CParaSet::asString() {
     switch (impl.m_iValType) {
         case PARA_INT: {
             const auto end = std::to_chars(text, text + sizeof text, impl.m_iValue).ptr;
-            impl.m_strValue.assign(text, end);
+            impl.m_strValue.assign({text, end});
             break;
         }
         case PARA_DOUBLE: {
@@ -125,7 +129,7 @@ const char* CParaSet::asString() {
             const auto end = std::to_chars(text, text + sizeof text, impl.m_dValue,
                                            std::chars_format::general, 6)
                                  .ptr;
-            impl.m_strValue.assign(text, end);
+            impl.m_strValue.assign({text, end});
             break;
         }
         case PARA_STRING:
@@ -141,7 +145,7 @@ AsnDistinguishedResource* CParaSet::asResID() const {
 }
 
 void CParaSet::getBytes(void* buffer, unsigned long length, unsigned long offset) const {
-    const std::string& value = m_pImpl->m_strValue;
+    const std::string_view value = m_pImpl->m_strValue.view();
     if (m_pImpl->m_iValType != PARA_STRING || offset >= value.size() || length == 0) {
         return;
     }
@@ -156,7 +160,7 @@ void CParaSet::getBytes(void* buffer, unsigned long length, unsigned long offset
 int CParaSet::getBytes(std::string& out) const {
     switch (m_pImpl->m_iValType) {
         case PARA_STRING:
-            out = m_pImpl->m_strValue;
+            out = m_pImpl->m_strValue.view();
             return static_cast<int>(out.size());
         case PARA_DOUBLE:
         case PARA_INT:
@@ -174,17 +178,17 @@ void CParaSet::setBytes(const void* data, unsigned long length) {
     if (data == nullptr || length == 0) {
         return;
     }
-    std::string& value = impl.m_strValue;
+    kelp::BlockText& value = impl.m_strValue;
     std::memmove(value.data(), data, length < value.size() ? length : value.size());
     impl.m_iValType = PARA_STRING;
 }
 
-int CParaSet::setBytes(std::string value) {
+int CParaSet::setBytes(const std::string& value) {
     CParaSetImpl& impl = *m_pImpl;
     if (impl.m_iValType != PARA_NULL && impl.m_iValType != PARA_STRING) {
         throw FRexception(-3);
     }
-    impl.m_strValue = std::move(value);
+    impl.m_strValue.assign(value);
     impl.m_iValType = PARA_STRING;
     return static_cast<int>(impl.m_strValue.size());
 }

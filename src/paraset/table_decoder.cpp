@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <vector>
 
+#include "frameutil/log.h"
 #include "paraset/node.h"
 #include "paraset/reserved.h"
 #include "paraset/tables.h"
@@ -32,7 +34,7 @@ bool HasValue(const AsnValue& value, std::int64_t type) {
 void TakeValue(CParaSet& cell, const AsnValue& value, std::int64_t type) {
     switch (type) {
         case kStringCode:
-            cell = TextOf(*value.sVal);
+            NodeAccess::AssignText(cell, value.sVal->view());
             break;
         case kDoubleCode:
             cell = static_cast<double>(*value.dVal);
@@ -40,6 +42,24 @@ void TakeValue(CParaSet& cell, const AsnValue& value, std::int64_t type) {
         default:
             cell = static_cast<int>(static_cast<std::int64_t>(*value.iVal));
     }
+}
+
+// A row may be shorter than the schema, and what it lacks becomes a null slot of its
+// column as soon as a later row has a value there. So a million empty rows and one with a
+// thousand values would make a thousand columns of a million slots from two megaoctets.
+// No honest peer comes near this: a cell without a value is an element of its row, too.
+bool LacksNearlyAll(const AsnTable& table) {
+    constexpr std::size_t kLackingFreely = 65536;
+    constexpr std::size_t kLackingAValue = 16;
+    const std::size_t columns = table.schema->Count();
+    std::size_t there = 0;
+    std::size_t lacking = 0;
+    for (const AsnDataRow& row : table.rows) {
+        const std::size_t values = std::min(row.Count(), columns);
+        there += values;
+        lacking += columns - values;
+    }
+    return lacking > kLackingFreely && lacking - kLackingFreely > there * kLackingAValue;
 }
 
 }  // namespace
@@ -52,14 +72,20 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
     if (table->schema->empty() || rows == 0) {
         return -2;
     }
-    node[reserved::kRowCount] = static_cast<int>(rows);
+    if (LacksNearlyAll(*table)) {
+        TraceWarn("[Table2ParaSet] table \"%.64s\" left out: its %zu rows lack most of %zu columns",
+                  table->name ? std::string(table->name->view()).c_str() : "", rows,
+                  table->schema->Count());
+        return -3;
+    }
+    NodeAccess::MakeChild(node, reserved::kRowCount) = static_cast<int>(rows);
 
     std::vector<Column> columns;
     columns.reserve(table->schema->Count());
     for (const AsnSchemaItem& item : *table->schema) {
         columns.push_back({&item, item.type, nullptr});
         if (item.desc) {
-            node[item.name.str()].SetDesc(item.desc->str());
+            NodeAccess::MakeChild(node, item.name.str()).SetDesc(std::string(item.desc->view()));
         }
     }
     int r = 0;
@@ -71,7 +97,7 @@ int Table2ParaSet(const AsnTable* table, CParaSet& node) {
             }
             if (HasValue(value, column->type)) {
                 if (column->node == nullptr) {
-                    column->node = &node[column->item->name.str()];
+                    column->node = &NodeAccess::MakeChild(node, column->item->name.str());
                 }
                 TakeValue(rows == 1 ? *column->node : (*column->node)[r], value, column->type);
             }

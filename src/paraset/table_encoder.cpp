@@ -19,9 +19,20 @@ struct Column {
     bool is_array;
 };
 
+// The element of an array when it is there; index access makes it when it is not.
+CParaSet* ElementOf(const Column& column, int row) {
+    const auto& list = NodeAccess::List(*column.node);
+    const auto position = static_cast<std::size_t>(row);
+    CParaSet* element = position < list.size() ? list[position] : nullptr;
+    return element != nullptr ? element : &(*column.node)[row];
+}
+
 // What stands in row `row` of a column. A scalar stands in every row. A structure has
 // no value for a cell, so it is not asked for its row-th entry, which it may not have.
 CParaSet* CellOf(const Column& column, int row) {
+    if (column.is_array) {
+        return ElementOf(column, row);
+    }
     if (column.node == nullptr || column.node->type() == CParaSet::PARA_STRUCT) {
         return nullptr;
     }
@@ -35,8 +46,9 @@ void FillCell(AsnValue& value, CParaSet* cell, int type) {
     switch (type) {
         case kStringCode:
             // Text ends at its first zero octet, as asString() gives it to a caller.
-            if (const char* text = cell->asString()) {
-                value.sVal.Emplace(text);
+            if (cell->asString() != nullptr) {
+                const std::string_view text = NodeAccess::Impl(*cell).m_strValue.view();
+                value.sVal.Emplace(text.substr(0, text.find('\0')));
             }
             break;
         case kDoubleCode:
@@ -50,25 +62,40 @@ void FillCell(AsnValue& value, CParaSet* cell, int type) {
     }
 }
 
-// Rows are read across columns that may lie far apart: what a later row needs is
-// fetched while this one is written. Inlined, because the compiler takes a function that
-// only prefetches for one without effect and drops the call.
-[[gnu::always_inline]] inline void PrefetchRow(const std::vector<Column>& columns,
-                                               std::size_t row) {
+// Rows are read across columns that may lie far apart: what later rows need is fetched
+// while this one is written, first the nodes, then the texts that they point to. Inlined,
+// because the compiler takes a function that only prefetches for one without effect and
+// drops the call.
+template <class Fetch>
+[[gnu::always_inline]] inline void ForRow(const std::vector<Column>& columns, std::size_t row,
+                                          Fetch fetch) {
     for (const Column& column : columns) {
-        if (!column.is_array) {
-            continue;
-        }
-        const auto& list = NodeAccess::List(*column.node);
-        if (row < list.size() && list[row] != nullptr) {
-            NodeAccess::Prefetch(list[row]);
+        if (column.is_array) {
+            const auto& list = NodeAccess::List(*column.node);
+            if (row < list.size() && list[row] != nullptr) {
+                fetch(list[row], column.type);
+            }
         }
     }
+}
+
+[[gnu::always_inline]] inline void PrefetchRows(const std::vector<Column>& columns,
+                                                std::size_t row) {
+    constexpr std::size_t kNodesAhead = 4;
+    constexpr std::size_t kTextsAhead = 2;
+    ForRow(columns, row + kNodesAhead,
+           [](const CParaSet* node, int) { NodeAccess::Prefetch(node); });
+    ForRow(columns, row + kTextsAhead, [](const CParaSet* node, int type) {
+        if (type == kStringCode) {
+            __builtin_prefetch(NodeAccess::Impl(*node).m_strValue.c_str());
+        }
+    });
 }
 
 std::vector<Column> DescribeColumns(CParaSet& node, AsnSchemaDef& schema) {
     std::vector<Column> columns;
     columns.reserve(NodeAccess::Index(node).size());
+    schema.Reserve(NodeAccess::Index(node).size());
     for (const auto& [key, child] : NodeAccess::Index(node)) {
         if (key.starts_with('#')) {
             continue;
@@ -114,9 +141,8 @@ int ParaSet2Table(CParaSet* node, AsnTable* table) {
         }
         return 0;
     }
-    constexpr std::size_t kRowsAhead = 2;
     for (int r = 0; r < rows; ++r) {
-        PrefetchRow(columns, static_cast<std::size_t>(r) + kRowsAhead);
+        PrefetchRows(columns, static_cast<std::size_t>(r));
         AsnDataRow& row = table->rows.Append();
         row.Reserve(columns.size());
         for (const Column& column : columns) {

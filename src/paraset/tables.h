@@ -2,16 +2,9 @@
 // these codes: a child that is no table travels as an empty one.
 #pragma once
 
-#include <string>
-
 #include "frameutil/paraset.h"
 
 namespace FrameUtil {
-
-/// Text in records ends at its first zero octet.
-inline std::string TextOf(const AsnOcts& octets) {
-    return octets.str().substr(0, octets.str().find('\0'));
-}
 
 /// Appends the columns and rows of `node` to `table`. 0; -3 without a table, -1 without
 /// a node or its "##RowCount" child, -2 when that reads 0. Index access on the way
@@ -20,7 +13,10 @@ int ParaSet2Table(CParaSet* node, AsnTable* table);
 
 /// Writes the rows of `table` into `node`: scalars when there is one row, arrays when
 /// there are several. 0; -1 without a record or its schema, -2 when it has no columns
-/// or no rows. Throws FRexception when existing children refuse their value.
+/// or no rows, -3, with a warning in the log, when its rows lack more than 65536 values
+/// and more than 16 for each that is there: null slots would take memory out of all
+/// proportion to what arrived. `node` is as it was then. Throws FRexception when existing
+/// children refuse their value.
 int Table2ParaSet(const AsnTable* table, CParaSet& node);
 
 }  // namespace FrameUtil

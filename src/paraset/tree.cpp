@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "paraset/node.h"
 
@@ -36,6 +38,44 @@ Component ReadComponent(std::string_view head) {
     return {head.substr(0, open), std::strtol(head.data() + open + 1, nullptr, 10)};
 }
 
+// The first child of a fresh node.
+CParaSet* MakeOnlyChild(CParaSet& parent, std::string_view name) {
+    CParaSet*& entry = NodeAccess::Index(parent)[std::string(name)];
+    entry = NodeAccess::NewChild(name);
+    NodeAccess::Impl(parent).m_iValType = CParaSet::PARA_STRUCT;
+    return entry;
+}
+
+// Where a key stands in a node's index, or would stand.
+struct Place {
+    std::map<std::string, CParaSet*>::iterator entry;
+    bool known;
+
+    CParaSet* Child() const { return known ? entry->second : nullptr; }
+};
+
+// Throws FRexception -3 for an array, whose children have no names.
+Place PlaceOf(CParaSet& node, const std::string& key) {
+    if (NodeAccess::Impl(node).m_iValType == CParaSet::PARA_ARRAY) {
+        throw FRexception(-3);
+    }
+    auto& index = NodeAccess::Index(node);
+    const auto entry = index.lower_bound(key);
+    return {entry, entry != index.end() && entry->first == key};
+}
+
+// `place` is PlaceOf(node, key) and has no child.
+void Link(CParaSet& node, const Place& place, const std::string& key,
+          std::unique_ptr<CParaSet> child) {
+    if (place.known) {
+        place.entry->second = child.release();
+    } else {
+        NodeAccess::Index(node).emplace_hint(place.entry, key, child.get());
+        static_cast<void>(child.release());
+    }
+    NodeAccess::Impl(node).m_iValType = CParaSet::PARA_STRUCT;
+}
+
 }  // namespace
 
 CParaSet* NodeAccess::Child(const CParaSet& node, const std::string& key) {
@@ -43,23 +83,36 @@ CParaSet* NodeAccess::Child(const CParaSet& node, const std::string& key) {
     return entry == Index(node).end() ? nullptr : entry->second;
 }
 
+CParaSet& NodeAccess::MakeChild(CParaSet& node, const std::string& key) {
+    // Names arrive in the order of the keys, so a new one mostly belongs at the end.
+    auto& index = Index(node);
+    const bool is_last = !index.empty() && index.rbegin()->first < key;
+    const Place place = is_last && Impl(node).m_iValType == CParaSet::PARA_STRUCT
+                            ? Place{index.end(), false}
+                            : PlaceOf(node, key);
+    if (CParaSet* child = place.Child()) {
+        return *child;
+    }
+    CParaSet* made = NewChild(key);
+    Link(node, place, key, std::unique_ptr<CParaSet>(made));
+    return *made;
+}
+
 CParaSet& CParaSet::operator[](int index) {
     if (index < 0) {
         throw FRexception(-1);
     }
     ValueType& type = m_pImpl->m_iValType;
-    if (type == PARA_NULL) {
-        type = PARA_ARRAY;
-    }
     const auto position = static_cast<std::size_t>(index);
-    if (type == PARA_ARRAY) {
+    if (type == PARA_ARRAY || type == PARA_NULL) {
         if (position >= m_vctValue.size()) {
             m_vctValue.resize(position + 1);
         }
         CParaSet*& slot = m_vctValue[position];
         if (slot == nullptr) {
-            slot = NodeAccess::NewChild(kElementName);
+            slot = NodeAccess::NewElement();
         }
+        type = PARA_ARRAY;
         return *slot;
     }
     if (type == PARA_STRUCT) {
@@ -78,33 +131,26 @@ CParaSet& CParaSet::operator[](int index) {
 CParaSet& CParaSet::operator[](const char* path) {
     CParaSet* node = this;
     std::string key;
-    while (path != nullptr) {
-        if (node->m_pImpl->m_iValType == PARA_ARRAY) {
-            // Nothing has been made on the way: what was made is no array.
-            throw FRexception(-3);
-        }
+    while (true) {
         const std::string_view head = TakeHead(path);
         key.assign(head);
-        const auto entry = node->m_mapValue.lower_bound(key);
-        if (entry != node->m_mapValue.end() && entry->first == key) {
-            if (entry->second == nullptr) {
-                entry->second = NodeAccess::NewChild(head);
-                node->m_pImpl->m_iValType = PARA_STRUCT;
+        const Place place = PlaceOf(*node, key);
+        if (CParaSet* child = place.Child()) {
+            node = child;
+            if (path == nullptr) {
+                return *node;
             }
-            node = entry->second;
             continue;
         }
-        const auto made = node->m_mapValue.emplace_hint(entry, key, nullptr);
-        try {
-            made->second = NodeAccess::NewChild(head);
-        } catch (...) {
-            node->m_mapValue.erase(made);
-            throw;
+        // The rest is made apart and linked last, so that a failure leaves nothing behind.
+        std::unique_ptr<CParaSet> made(NodeAccess::NewChild(head));
+        CParaSet* last = made.get();
+        while (path != nullptr) {
+            last = MakeOnlyChild(*last, TakeHead(path));
         }
-        node->m_pImpl->m_iValType = PARA_STRUCT;
-        node = made->second;
+        Link(*node, place, key, std::move(made));
+        return *last;
     }
-    return *node;
 }
 
 CParaSet& CParaSet::operator[](const std::string& path) {

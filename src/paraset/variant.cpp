@@ -50,10 +50,10 @@ int IntegerOf(const TEValue& value) {
 
 // An empty block has no octets to point at and leaves the string as it is; so does an
 // empty text.
-void StoreString(std::string& target, const TEValue& value) {
+void StoreString(kelp::BlockText& target, const TEValue& value) {
     const auto code = static_cast<int>(value.GetType());
     if (code == 15 || code == 16) {
-        target = value.As_std_string();
+        target.assign(value.As_std_string());
     } else if (const std::string_view octets = value.Bytes(); !octets.empty()) {
         target.assign(octets);
     }
@@ -111,7 +111,7 @@ TEValue CParaSet::value() const {
         case PARA_DOUBLE:
             return TEValue(impl.m_dValue);
         case PARA_STRING:
-            return TEValue(impl.m_strValue);
+            return TEValue(impl.m_strValue.view());
         default:
             throw FRexception(-1);
     }

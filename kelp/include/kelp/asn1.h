@@ -4,7 +4,8 @@
 // encodes, decodes, copies, clears and prints it from that description. What is
 // written is BER (ITU-T X.690) with definite lengths; what is read may use every
 // form BER allows. Nothing read from outside can overflow the stack, read past the
-// input or make the process hold more than a small multiple of the input.
+// input or make the process hold more than 32 times the octets of the input, which is
+// what lists of the smallest records there are come to.
 //
 //     AsnBuffer octets;
 //     if (AsnEncode(request, octets, 100000)) send(octets.data(), octets.size());

@@ -3,8 +3,8 @@
 // A parameter tree, a decoded record and a message are made of many small objects of
 // few sizes. Blocks of up to kMaxBlockSize octets come from pools of equal blocks:
 // a thread takes and returns them from a cache of its own, caches trade batches with
-// the pool under a lock, and pools that have become empty keep a bounded amount of
-// memory for reuse and return the rest to the operating system.
+// the pool under a lock, and pools keep empty memory up to what was in use within the
+// last seconds (64 MiB always) and return the rest to the operating system.
 //
 //     void* p = kelp::AllocateBlock(sizeof(Cell));
 //     kelp::FreeBlock(p, sizeof(Cell));   // the same size, on any thread

@@ -9,7 +9,8 @@
 //     LogProcess::Destroy();
 //
 // thread-safe: every function may be called from any thread, before Init, after
-// Destroy and from the destructors of static objects.
+// Destroy, from the destructors of static objects and in the child of a fork. In a signal
+// handler only Reopen may be called.
 //
 // Debug and information records are queued and written by a thread of the logger; when
 // it cannot keep up the oldest of them are dropped, and a line says how many. A warning

@@ -168,6 +168,10 @@ class KELP_API CStdBasicTypeConstRefrence {
     // valid until the value changes or goes. Empty for all other kinds.
     std::string_view Bytes() const noexcept;
 
+  private:
+    template <typename T>
+    T Read() const noexcept;
+
   protected:
     CStdBasicTypeConstRefrence() noexcept = default;
     CStdBasicTypeConstRefrence(const CStdBasicTypeConstRefrence&) = default;

@@ -1,6 +1,7 @@
 // REAL (X.690, 8.5): the octets of a double, and the double that octets of any of the
 // standard's forms come nearest to.
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -102,6 +103,26 @@ constexpr bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+// Whether a number that no double can hold is too large; else it is too small. The text
+// is digits, perhaps with a point, perhaps with an exponent, and not zero. Asking the
+// C library would make the answer depend on the locale's decimal mark.
+bool IsTooLarge(const std::string& text) {
+    constexpr std::int64_t kHuge = std::int64_t{1} << 40;
+    const std::size_t first = text.find_first_of("123456789");
+    const std::size_t exponent_mark = std::min(text.find_first_of("Ee"), text.size());
+    const std::size_t point = std::min(text.find('.'), exponent_mark);
+    std::int64_t exponent = 0;
+    if (exponent_mark != text.size()) {
+        const char* const digits = text.data() + exponent_mark + 1;
+        const auto [end, error] = std::from_chars(digits, text.data() + text.size(), exponent);
+        if (error == std::errc::result_out_of_range) {
+            exponent = *digits == '-' ? -kHuge : kHuge;
+        }
+    }
+    return std::clamp(exponent, -kHuge, kHuge) + static_cast<std::int64_t>(point) >
+           static_cast<std::int64_t>(first);
+}
+
 // ISO 6093: NR1 is an integer, NR2 has a decimal mark, NR3 an exponent as well. Blanks
 // may stand in front, the mark may be a comma.
 double ReadDecimal(AsnReader& in, Octets content) {
@@ -143,8 +164,7 @@ double ReadDecimal(AsnReader& in, Octets content) {
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error == std::errc::result_out_of_range) {
-        // Which way is told by the text alone: from_chars leaves the value untouched.
-        value = std::strtod(text.c_str(), nullptr);
+        value = IsTooLarge(text) ? std::numeric_limits<double>::infinity() : 0.0;
     }
     return negative ? -value : value;
 }

@@ -156,14 +156,13 @@ bool Fits(const refl::CAttribInfor& field, AsnIdentifier identifier, bool implic
     return field.identifier == kAsnOctetString && identifier == (kAsnOctetString | kAsnConstructed);
 }
 
-// Decodes a field whose identifier has been read and fits.
-void DecodeField(AsnReader& in, AsnIdentifier identifier, const refl::CAttribInfor& field,
-                 AsnType& value, bool implicit, const char* unit) {
+// Decodes a field whose identifier stands at `start`, has been read and fits.
+void DecodeField(AsnReader& in, std::size_t start, AsnIdentifier identifier,
+                 const refl::CAttribInfor& field, AsnType& value, bool implicit, const char* unit) {
     if (field.tag == refl::CClassInfor::kNoTag) {
         value.BDecElement(in, identifier);
         return;
     }
-    const std::size_t start = in.Offset();
     if (implicit) {
         const AsnIdentifier form = identifier & kAsnConstructed;
         if (!value.Accepts((value.Identifier() & ~kAsnConstructed) | form)) {
@@ -203,7 +202,8 @@ void AsnSequence::BDecContent(AsnReader& in) {
                 in.FailAt("Unexpected Tag", start);
             }
         }
-        DecodeField(in, identifier, *field, EnsureField(*this, *field), implicit, infor.Unit());
+        DecodeField(in, start, identifier, *field, EnsureField(*this, *field), implicit,
+                    infor.Unit());
         ++field;
     }
     for (; field != end; ++field) {

@@ -83,15 +83,22 @@ void AsnInt::Print(std::ostream& out, int) const {
     out << value_ << '\n';
 }
 
+std::string& AsnOcts::str() {
+    if (edited_ == nullptr) {
+        edited_ = std::make_unique<std::string>(text_.view());
+    }
+    return *edited_;
+}
+
 void AsnOcts::BEncContent(AsnBuffer& out) const {
-    if (!value_.empty()) {
-        std::memcpy(out.Prepend(value_.size()), value_.data(), value_.size());
+    if (const std::string_view octets = view(); !octets.empty()) {
+        std::memcpy(out.Prepend(octets.size()), octets.data(), octets.size());
     }
 }
 
 void AsnOcts::BDecContent(AsnReader& in) {
     const auto content = in.TakeContent();
-    value_.assign(reinterpret_cast<const char*>(content.data()), content.size());
+    *this = std::string_view(reinterpret_cast<const char*>(content.data()), content.size());
 }
 
 namespace {
@@ -125,12 +132,12 @@ void AsnOcts::BDecForm(AsnReader& in, AsnIdentifier identifier) {
     }
     std::string joined;
     TakeSegments(in, joined);
-    value_ = std::move(joined);
+    *this = std::string_view(joined);
 }
 
 void AsnOcts::Print(std::ostream& out, int) const {
     out << '"';
-    for (const char c : value_) {
+    for (const char c : view()) {
         const auto octet = static_cast<unsigned char>(c);
         if (octet < 0x20 || octet == 0x7f || c == '"' || c == '\\') {
             static constexpr char kHex[] = "0123456789abcdef";

@@ -23,7 +23,7 @@ constexpr Choice<Level> kLevels[] = {{"debug", Level::kDebug},
 constexpr Choice<Format> kFormats[] = {{"text", Format::kText}, {"json", Format::kJson}};
 
 void ComplainAbout(const char* variable, const char* value, std::string_view expected) {
-    Complain(std::string(variable) + "=" + value, " is ignored, expected: ", expected);
+    Complain({variable, "=", value, " is ignored, expected: ", expected});
 }
 
 template <typename T, std::size_t N>

@@ -6,7 +6,6 @@
 #include "log/output.h"
 
 #include <fcntl.h>
-#include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,17 +26,11 @@ constexpr std::size_t kFileBuffer = 1U << 16U;
 
 constinit std::atomic<int> g_descriptor{STDERR_FILENO};
 
-void WriteToStandardError(const std::vector<std::string>& lines) {
-    std::string bytes;
-    for (const std::string& line : lines) {
-        bytes += line;
-        bytes += '\n';
-        if (bytes.size() > kFileBuffer) {
-            WriteAll(STDERR_FILENO, bytes);
-            bytes.clear();
-        }
+void WriteToStandardError(const Lines& lines) {
+    StandardError out;
+    for (const Line& line : lines) {
+        out << line.text << "\n";
     }
-    WriteAll(STDERR_FILENO, bytes);
 }
 
 spdlog::file_event_handlers TrackDescriptor() {
@@ -53,6 +46,18 @@ spdlog::file_event_handlers TrackDescriptor() {
     };
     return handlers;
 }
+
+// Lines come as they are to be written, but for their end.
+class LineFormatter : public spdlog::formatter {
+  public:
+    void format(const spdlog::details::log_msg& line, spdlog::memory_buf_t& bytes) override {
+        bytes.append(line.payload);
+        bytes.push_back('\n');
+    }
+    std::unique_ptr<spdlog::formatter> clone() const override {
+        return std::make_unique<LineFormatter>();
+    }
+};
 
 // Opens the file once with the plain system call: the library behind it tries five times
 // and sleeps between, and would rename a device as readily as a log file. Throws the
@@ -83,13 +88,13 @@ class FileOutput {
                      ? options.rotate_bytes
                      : std::numeric_limits<std::size_t>::max(),
                  options.rotate_files, false, TrackDescriptor()) {
-        m_sink.set_formatter(std::make_unique<spdlog::pattern_formatter>("%v"));
+        m_sink.set_formatter(std::make_unique<LineFormatter>());
     }
 
-    void Write(const std::vector<std::string>& lines) {
+    void Write(const Lines& lines) {
         const spdlog::log_clock::time_point unused;
-        for (const std::string& line : lines) {
-            m_sink.log({unused, {}, "", spdlog::level::info, line});
+        for (const Line& line : lines) {
+            m_sink.log({unused, {}, "", spdlog::level::info, line.text});
         }
         m_sink.flush();
     }
@@ -134,7 +139,7 @@ bool Output::OpenFile() {
 void Output::Fail(const char* why) {
     m_file.reset();
     m_retry = std::chrono::steady_clock::now() + kRetryAfter;
-    Complain("records go to standard error, cannot write ", m_options.file + ": ", why);
+    Complain({"records go to standard error, cannot write ", m_options.file, ": ", why});
 }
 
 bool Output::FileIsUsable() {
@@ -147,7 +152,7 @@ bool Output::FileIsUsable() {
     return m_file != nullptr || (std::chrono::steady_clock::now() >= m_retry && OpenFile());
 }
 
-void Output::Write(const std::vector<std::string>& lines) {
+void Output::Write(const Lines& lines) {
     if (FileIsUsable()) {
         try {
             m_file->Write(lines);

@@ -4,15 +4,22 @@
 
 #include <atomic>
 #include <chrono>
+#include <deque>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "kelp/log.h"
 
 namespace kelp::log {
 
 class FileOutput;
+
+// A line on its way, and whether it may be dropped while it waits.
+struct Line {
+    std::string text;
+    bool droppable;
+};
+using Lines = std::deque<Line>;
 
 class Output {
   public:
@@ -29,7 +36,7 @@ class Output {
 
     // The lines are with the kernel when this returns. Those of a batch that the file
     // did not take whole go to standard error, all of them: rather twice than never.
-    void Write(const std::vector<std::string>& lines);
+    void Write(const Lines& lines);
 
     // The next Write opens the file anew. Async-signal-safe.
     static void RequestReopen() noexcept { s_reopen.store(true, std::memory_order_relaxed); }

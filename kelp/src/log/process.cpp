@@ -163,7 +163,7 @@ void Guarded(std::string_view text, Action action) noexcept {
     try {
         action();
     } catch (...) {
-        Complain("a record could not be logged: ", text);
+        Complain({"a record could not be logged: ", text});
     }
 }
 

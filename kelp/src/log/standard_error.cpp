@@ -25,14 +25,32 @@ bool WriteAll(int descriptor, std::string_view bytes) noexcept {
     return bytes.empty();
 }
 
-void Complain(std::string_view what, std::string_view about, std::string_view why) noexcept {
-    char line[1024];
-    std::size_t length = 0;
-    for (const std::string_view part : {std::string_view("kelp log: "), what, about, why}) {
-        length += part.copy(line + length, sizeof line - 1 - length);
+StandardError& StandardError::operator<<(std::string_view bytes) noexcept {
+    if (bytes.size() > sizeof m_bytes - m_length) {
+        Flush();
     }
-    line[length++] = '\n';
-    WriteAll(STDERR_FILENO, {line, length});
+    if (bytes.size() > sizeof m_bytes) {
+        WriteAll(STDERR_FILENO, bytes);
+    } else {
+        m_length += bytes.copy(m_bytes + m_length, bytes.size());
+    }
+    return *this;
+}
+
+void StandardError::Flush() noexcept {
+    WriteAll(STDERR_FILENO, {m_bytes, m_length});
+    m_length = 0;
+}
+
+void Complain(std::initializer_list<std::string_view> parts) noexcept {
+    std::size_t room = 1000;
+    StandardError line;
+    line << "kelp log: ";
+    for (const std::string_view part : parts) {
+        line << part.substr(0, room);
+        room -= part.size() < room ? part.size() : room;
+    }
+    line << "\n";
 }
 
 }  // namespace kelp::log

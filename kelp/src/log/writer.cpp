@@ -11,8 +11,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
-#include <vector>
 
 #include "log/crash.h"
 #include "log/standard_error.h"
@@ -92,8 +92,9 @@ Writer::Enqueued Writer::Enqueue(std::string& line, bool droppable) {
     }
     crash::Remember(++m_last_number, line);
     const bool first = m_waiting.empty();
-    m_waiting_bytes += line.size();
+    const std::size_t size = line.size();
     m_waiting.push_back({std::move(line), droppable});
+    m_waiting_bytes += size;
     if (!droppable) {
         return Enqueued::kBehindOthers;
     }
@@ -111,7 +112,7 @@ bool Writer::IsFullFor(std::size_t bytes) const {
 // them, so there are no more of them than threads.
 bool Writer::DropOldest() {
     const auto oldest = std::find_if(m_waiting.begin(), m_waiting.end(),
-                                     [](const Waiting& waiting) { return waiting.droppable; });
+                                     [](const Line& line) { return line.droppable; });
     if (oldest == m_waiting.end()) {
         return false;
     }
@@ -153,26 +154,26 @@ void Writer::Wake() noexcept {
 }
 
 void Writer::WriteWaiting() {
-    std::deque<Waiting> waiting;
+    Lines lines;
     std::uint64_t dropped = 0;
     std::uint64_t last_number = 0;
     {
         const MutexLock lock(m_queue_mutex);
-        waiting.swap(m_waiting);
+        lines.swap(m_waiting);
         m_waiting_bytes = 0;
         dropped = std::exchange(m_unreported, 0);
         last_number = m_last_number;
     }
-    if (waiting.empty()) {
+    if (lines.empty()) {
         return;
     }
-    std::vector<std::string> lines;
-    lines.reserve(waiting.size() + 1);
     if (dropped != 0) {
-        lines.push_back(m_dropped_line(dropped));  // they were older than all that is left
-    }
-    for (Waiting& line : waiting) {
-        lines.push_back(std::move(line.text));
+        try {
+            lines.push_front({m_dropped_line(dropped), false});  // older than all that is left
+        } catch (const std::bad_alloc&) {
+            const MutexLock lock(m_queue_mutex);
+            m_unreported += dropped;  // for the next time
+        }
     }
     m_output.Write(lines);
     crash::MarkWritten(last_number);

@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <string>
 
 #include "base/mutex.h"
@@ -44,11 +43,6 @@ class Writer {
     void AfterForkInChild() KELP_UNCHECKED_LOCKS;
 
   private:
-    struct Waiting {
-        std::string text;
-        bool droppable;
-    };
-
     enum class Enqueued {
         kNot,            // closed: the line is still the caller's
         kAsFirst,        // the thread has to be woken
@@ -72,7 +66,7 @@ class Writer {
     Output m_output KELP_GUARDED_BY(m_output_mutex);
 
     Mutex m_queue_mutex;
-    std::deque<Waiting> m_waiting KELP_GUARDED_BY(m_queue_mutex);
+    Lines m_waiting KELP_GUARDED_BY(m_queue_mutex);
     std::size_t m_waiting_bytes KELP_GUARDED_BY(m_queue_mutex) = 0;
     std::size_t m_max_lines KELP_GUARDED_BY(m_queue_mutex) = 0;
     std::size_t m_max_bytes KELP_GUARDED_BY(m_queue_mutex) = 0;

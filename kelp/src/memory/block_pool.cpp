@@ -5,6 +5,8 @@
 #include <bit>
 #include <new>
 
+#include "memory/retention.h"
+
 namespace kelp::memory {
 
 struct BlockPool::Region {
@@ -13,14 +15,16 @@ struct BlockPool::Region {
     std::uint32_t free = 0;        // set bits in the bitmap
     std::uint32_t first_word = 0;  // words before it have no set bit
     bool linked = false;
-    bool counted_empty = false;
+    bool kept = false;  // it is empty
 
     std::uint64_t* bitmap() { return reinterpret_cast<std::uint64_t*>(this + 1); }
 };
 
 namespace {
 
-std::atomic<std::size_t> g_empty_octets{0};
+constexpr std::size_t kLine = 64;
+
+Retention g_retention;  // of all pools together
 
 void* MapAligned(std::size_t size) noexcept {
     void* raw = mmap(nullptr, size * 2, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -49,7 +53,12 @@ void BlockPool::SetBlockSize(std::size_t size_octets) {
     reciprocal_ = (std::uint64_t{1} << 32) / size_ + 1;
     const std::size_t bits = kRegionSize / size_;
     const std::size_t header = sizeof(Region) + (bits + 63) / 64 * sizeof(std::uint64_t);
-    first_block_ = static_cast<std::uint32_t>((header + 63) / 64 * 64);
+    first_block_ = static_cast<std::uint32_t>((header + kLine - 1) / kLine * kLine);
+    if (size_ % kLine == 0) {
+        // Objects of several lines often end in a pointer to a part that lies right behind
+        // them, in the same block: so the pointer is in the line where that part begins.
+        first_block_ += 2 * sizeof(void*);
+    }
     capacity_ = static_cast<std::uint32_t>((kRegionSize - first_block_) / size_);
 }
 
@@ -111,9 +120,9 @@ unsigned BlockPool::Take(void** blocks, unsigned wanted) noexcept {
             Link(fresh);
         }
         Region* region = available_;
-        if (region->counted_empty) {
-            region->counted_empty = false;
-            g_empty_octets.fetch_sub(kRegionSize, std::memory_order_relaxed);
+        if (region->free == capacity_) {
+            g_retention.Use(kRegionSize, region->kept);
+            region->kept = false;
         }
         char* const base = reinterpret_cast<char*>(region) + first_block_;
         std::uint64_t* const bitmap = region->bitmap();
@@ -153,27 +162,31 @@ void BlockPool::Give(void* const* blocks, unsigned count) noexcept {
             Link(region);
         }
         if (region->free == capacity_) {
-            if (g_empty_octets.load(std::memory_order_relaxed) >= kRetainedLimit) {
-                Release(region);
+            if (g_retention.Keep(kRegionSize)) {
+                region->kept = true;
             } else {
-                region->counted_empty = true;
-                g_empty_octets.fetch_add(kRegionSize, std::memory_order_relaxed);
+                Release(region);
+                ReleaseKept([] { return g_retention.TooMuch(); });
             }
         }
     }
     handed_out_.fetch_sub(count * size_, std::memory_order_relaxed);
 }
 
-void BlockPool::Trim() noexcept {
-    const MutexLock guard(lock_);
-    for (Region* region = available_; region != nullptr;) {
+void BlockPool::ReleaseKept(bool (*more)()) noexcept {
+    for (Region* region = available_; region != nullptr && more();) {
         Region* next = region->next;
-        if (region->counted_empty) {
-            g_empty_octets.fetch_sub(kRegionSize, std::memory_order_relaxed);
+        if (region->kept) {
+            g_retention.Drop(kRegionSize);
             Release(region);
         }
         region = next;
     }
+}
+
+void BlockPool::Trim() noexcept {
+    const MutexLock guard(lock_);
+    ReleaseKept([] { return true; });
 }
 
 }  // namespace kelp::memory

@@ -5,9 +5,8 @@
 // taken once a batch, never once a block. Which blocks are free stands in a bitmap in the
 // region's header: taking and giving never touch the blocks themselves, which are
 // likely to be in no cache, and a batch is handed out in the order of its addresses
-// however it came back. A region whose last block returns is empty; empty regions are kept up to a
-// limit shared by all pools, so that a process which builds and drops large trees does not pay the
-// kernel for fresh pages each time, and the rest is unmapped.
+// however it came back. A region whose last block returns is empty; how many of those are
+// kept, retention.h decides for all pools together, and the rest is unmapped.
 #pragma once
 
 #include <atomic>
@@ -21,7 +20,6 @@ namespace kelp::memory {
 class BlockPool {
   public:
     static constexpr std::size_t kRegionSize = std::size_t{2} << 20;
-    static constexpr std::size_t kRetainedLimit = std::size_t{64} << 20;
 
     BlockPool() = default;
     ~BlockPool();
@@ -52,6 +50,8 @@ class BlockPool {
     void Link(Region* region) noexcept KELP_REQUIRES(lock_);
     void Unlink(Region* region) noexcept KELP_REQUIRES(lock_);
     void Release(Region* region) noexcept KELP_REQUIRES(lock_);
+    // Releases kept regions while `more` says so.
+    void ReleaseKept(bool (*more)()) noexcept KELP_REQUIRES(lock_);
 
     Mutex lock_;
     std::size_t size_ = 0;

@@ -14,7 +14,9 @@
 
 #include "memory/block_pool.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(KELP_BLOCKS_FROM_HEAP)
+// A test program asks for it.
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define KELP_BLOCKS_FROM_HEAP 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \

@@ -32,72 +32,90 @@ std::string_view CStdBasicTypeConstRefrence::Bytes() const noexcept {
     }
 }
 
-CNumeric CStdBasicTypeConstRefrence::As_CNumeric() const noexcept {
+template <typename T>
+T CStdBasicTypeConstRefrence::Read() const noexcept {
     const char* const number = m_bytes + kNumberAt;
     switch (m_type) {
         case Enum::DT_CHAR:
-            return CNumeric(static_cast<int>(Load<char>(number)));
+            return static_cast<T>(Load<char>(number));
         case Enum::DT_SHORT:
-            return CNumeric(static_cast<int>(Load<short>(number)));
+            return static_cast<T>(Load<short>(number));
         case Enum::DT_INT:
-            return CNumeric(Load<int>(number));
+            return static_cast<T>(Load<int>(number));
         case Enum::DT_LONG:
         case Enum::DT_LONG_LONG:
-            return CNumeric(Load<long long>(number));
-        case Enum::DT_FLOAT:
-            return CNumeric(static_cast<double>(Load<float>(number)));
-        case Enum::DT_DOUBLE:
-            return CNumeric(Load<double>(number));
+            return static_cast<T>(Load<long long>(number));
         case Enum::DT_UNSIGNED_CHAR:
-            return CNumeric(static_cast<unsigned>(Load<unsigned char>(number)));
+            return static_cast<T>(Load<unsigned char>(number));
         case Enum::DT_UNSIGNED_SHORT:
-            return CNumeric(static_cast<unsigned>(Load<unsigned short>(number)));
+            return static_cast<T>(Load<unsigned short>(number));
         case Enum::DT_UNSIGNED_INT:
-            return CNumeric(Load<unsigned int>(number));
+            return static_cast<T>(Load<unsigned int>(number));
         case Enum::DT_UNSIGNED_LONG:
-            return CNumeric(Load<unsigned long long>(number));
+            return static_cast<T>(Load<unsigned long long>(number));
+        case Enum::DT_FLOAT:
+            return CNumeric(static_cast<double>(Load<float>(number))).As<T>();
+        case Enum::DT_DOUBLE:
+            return CNumeric(Load<double>(number)).As<T>();
+        case Enum::DT_TEXT:
+            return CNumeric::FromText(Bytes()).As<T>();
+        default:
+            return T{};
+    }
+}
+
+CNumeric CStdBasicTypeConstRefrence::As_CNumeric() const noexcept {
+    switch (m_type) {
+        case Enum::DT_FLOAT:
+        case Enum::DT_DOUBLE:
+            return CNumeric(Read<double>());
+        case Enum::DT_UNSIGNED_CHAR:
+        case Enum::DT_UNSIGNED_SHORT:
+        case Enum::DT_UNSIGNED_INT:
+        case Enum::DT_UNSIGNED_LONG:
+            return CNumeric(Read<unsigned long long>());
         case Enum::DT_TEXT:
             return CNumeric::FromText(Bytes());
         default:
-            return CNumeric();
+            return CNumeric(Read<long long>());
     }
 }
 
 char CStdBasicTypeConstRefrence::As_char() const noexcept {
-    return As_CNumeric().As<char>();
+    return Read<char>();
 }
 unsigned char CStdBasicTypeConstRefrence::As_unsigned_char() const noexcept {
-    return As_CNumeric().As<unsigned char>();
+    return Read<unsigned char>();
 }
 short CStdBasicTypeConstRefrence::As_short() const noexcept {
-    return As_CNumeric().As<short>();
+    return Read<short>();
 }
 unsigned short CStdBasicTypeConstRefrence::As_unsigned_short() const noexcept {
-    return As_CNumeric().As<unsigned short>();
+    return Read<unsigned short>();
 }
 int CStdBasicTypeConstRefrence::As_int() const noexcept {
-    return As_CNumeric().As<int>();
+    return Read<int>();
 }
 unsigned int CStdBasicTypeConstRefrence::As_unsigned_int() const noexcept {
-    return As_CNumeric().As<unsigned int>();
+    return Read<unsigned int>();
 }
 long CStdBasicTypeConstRefrence::As_long() const noexcept {
-    return As_CNumeric().As<long>();
+    return Read<long>();
 }
 unsigned long CStdBasicTypeConstRefrence::As_unsigned_long() const noexcept {
-    return As_CNumeric().As<unsigned long>();
+    return Read<unsigned long>();
 }
 long long CStdBasicTypeConstRefrence::As_long_long() const noexcept {
-    return As_CNumeric().As<long long>();
+    return Read<long long>();
 }
 unsigned long long CStdBasicTypeConstRefrence::As_unsigned_long_long() const noexcept {
-    return As_CNumeric().As<unsigned long long>();
+    return Read<unsigned long long>();
 }
 float CStdBasicTypeConstRefrence::As_float() const noexcept {
-    return As_CNumeric().As<float>();
+    return Read<float>();
 }
 double CStdBasicTypeConstRefrence::As_double() const noexcept {
-    return As_CNumeric().As<double>();
+    return Read<double>();
 }
 
 std::string CStdBasicTypeConstRefrence::As_std_string() const {

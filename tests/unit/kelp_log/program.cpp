@@ -62,11 +62,18 @@ int LogAroundDestroy() {
     return 0;
 }
 
+// Whatever a scenario meets, its processes end: a signal that nobody handles sees to it.
+// A child of fork() has to set its own.
+void LimitLifetime() {
+    ::alarm(60);
+}
+
 // The child has no thread but its first; the log must work there as here.
 int Fork() {
     LogProcess::Info("parent before", kNowhere);
     const pid_t child = ::fork();
     if (child == 0) {
+        LimitLifetime();
         LogProcess::Info("child info", kNowhere);
         LogProcess::Warn("child warning", kNowhere);
         LogProcess::Info("child at its end", kNowhere);
@@ -94,6 +101,7 @@ int ForkAmongThreads() {
     for (int i = 0; i < 20; ++i) {
         const pid_t child = ::fork();
         if (child == 0) {
+            LimitLifetime();
             LogProcess::Info("child " + std::to_string(i), kNowhere);
             kelp::log::Flush();
             std::_Exit(0);
@@ -188,6 +196,7 @@ int Run(const std::string& scenario, int count) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    LimitLifetime();
     const char* const scenario = std::getenv("SCENARIO");
     return scenario == nullptr ? 2 : Run(scenario, argc > 1 ? std::atoi(argv[1]) : 0);
 }

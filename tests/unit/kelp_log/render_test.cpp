@@ -9,6 +9,8 @@
 #include <random>
 #include <string>
 
+#include "support/temp_folder.h"
+
 namespace {
 
 using kelp::log::Format;
@@ -87,12 +89,23 @@ TEST(TextLine, ControlCharactersAreEscaped) {
               "2024-11-21T09:27:13.123456Z INFO  pid=12 tid=4711 [a\\nb:c\\nd:1] x");
 }
 
-TEST(JsonLine, WorkedExample) {
-    EXPECT_EQ(Render(Make(Level::kError, 0x42000064, "no answer from \"ne-7\"\n", kWhere),
-                     {Format::kJson, 3001, 12}),
+// The lines that the documentation shows are what the log writes.
+TEST(Lines, Documentation) {
+    const std::string manual = ReadFile(KELP_LOG_MANUAL);
+    const std::string json =
+        Render(Make(Level::kError, 0x42000064, "no answer from \"ne-7\"\n", kWhere),
+               {Format::kJson, 3001, 12});
+    EXPECT_EQ(json,
               R"({"time":"2024-11-21T09:27:13.123456Z","level":"error","pid":12,"process":3001,)"
               R"("thread":4711,"unit":"ftpapi.cpp","function":"Upload","line":88,)"
               R"("code":1107296356,"text":"no answer from \"ne-7\"\n"})");
+    EXPECT_THAT(manual, testing::HasSubstr("\n" + json + "\n"));
+    const std::string text =
+        Render(Make(Level::kError, 0x42000064, "no answer", kWhere), {Format::kText, 3001, 12});
+    EXPECT_THAT(manual, testing::HasSubstr("\n" + text + "\n"));
+}
+
+TEST(JsonLine, FieldsThatAreUnknownAreThere) {
     EXPECT_EQ(Render(Make(Level::kInfo, 0, "", kNowhere), {Format::kJson, 0, 12}),
               R"({"time":"2024-11-21T09:27:13.123456Z","level":"info","pid":12,"process":0,)"
               R"("thread":4711,"unit":"","function":"","line":0,"code":0,"text":""})");

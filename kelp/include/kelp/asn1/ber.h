@@ -3,6 +3,7 @@
 // Thread rule: thread-compatible.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -120,13 +121,25 @@ class KELP_API AsnReader {
 
     /// Reads `octets` octets at `data`, which must outlive the reader.
     AsnReader(const void* data, std::size_t octets) noexcept
-        : begin_(static_cast<const unsigned char*>(data)), at_(begin_), end_(begin_ + octets) {}
+        : begin_(static_cast<const unsigned char*>(data)),
+          at_(begin_),
+          end_(begin_ + octets),
+          input_end_(end_) {}
 
     std::size_t Offset() const { return static_cast<std::size_t>(at_ - begin_); }
 
     /// Whether the contents being read are used up. An indefinite length ends at its
-    /// end-of-contents octets, which are consumed, or where the input ends.
-    bool AtEnd() { return at_ == end_ || (indefinite_ && BDecEoc()); }
+    /// end-of-contents octets, which are consumed, or where the whole input ends; where
+    /// a definite length around it ends first, one of the two lies, and this fails.
+    bool AtEnd() {
+        if (at_ != end_) {
+            return indefinite_ && BDecEoc();
+        }
+        if (indefinite_ && end_ != input_end_) {
+            Fail("Unexpected End");
+        }
+        return true;
+    }
 
     /// Reads an identifier, of one octet or of several.
     AsnIdentifier ReadIdentifier() {
@@ -139,6 +152,14 @@ class KELP_API AsnReader {
             return first;
         }
         return ReadLongIdentifier();
+    }
+
+    /// For how many elements a list of `count` makes room when the identifier of one more
+    /// has just been read: for no more than the octets left can hold, two each, and
+    /// where an indefinite length may end much sooner, for half as many as there are.
+    std::size_t RoomForElements(std::size_t count) const {
+        const std::size_t most = (Left() + 1) / 2;
+        return indefinite_ ? std::min(most, count / 2) : most;
     }
 
     /// Reads a length and checks a definite one against the octets that are left.
@@ -191,6 +212,22 @@ class KELP_API AsnReader {
         return content;
     }
 
+    /// Whether the contents being read are exactly one element of a one-octet identifier
+    /// around one primitive element of a one-octet identifier, with definite lengths of one
+    /// octet: what an explicitly tagged scalar mostly is. Then both identifiers, the outer
+    /// one in the higher octet; else 0. Consumes nothing.
+    unsigned PlainTagged() const {
+        const std::size_t left = Left();
+        if (indefinite_ || left < 4 || left > 0x81 || at_[1] != left - 2 || at_[3] != left - 4 ||
+            depth_ + 2 > kMaxDepth) {
+            return 0;
+        }
+        return static_cast<unsigned>(at_[0]) << 8 | at_[2];
+    }
+    /// Consumes both identifiers and lengths; the element's contents come next.
+    /// REQUIRES: PlainTagged() was not 0.
+    void SkipPlainTag() { at_ += 4; }
+
     /// The identifier that comes next, without consuming it.
     AsnIdentifier PeekIdentifier() {
         const unsigned char* here = at_;
@@ -215,6 +252,7 @@ class KELP_API AsnReader {
     const unsigned char* begin_;
     const unsigned char* at_;
     const unsigned char* end_;
+    const unsigned char* input_end_;
     const char* unit_ = "asn1";
     unsigned depth_ = 0;
     bool indefinite_ = false;

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -79,7 +80,10 @@ class AsnElements {
     ~AsnElements() { Release(); }
 
     /// A new element at the end.
-    T& Append() { return *new (Slot()) T; }
+    T& Append() { return *new (Slot(kLastCapacity)) T; }
+    /// The same, but if there is no place for it, room is made for `most` elements at
+    /// most, so that a list takes no more memory than its encoding accounts for.
+    T& AppendWithRoomFor(std::size_t most) { return *new (Slot(most)) T; }
     T& Append(T value) {
         T& element = Append();
         element = std::move(value);
@@ -89,6 +93,7 @@ class AsnElements {
     /// Makes one stretch hold the next `count` elements: worth a call when the number
     /// is known.
     void Reserve(std::size_t count) {
+        count = std::min<std::size_t>(count, std::numeric_limits<std::uint32_t>::max());
         if (count != 0 && (last_ == nullptr || last_->capacity - last_->used < count)) {
             AddStretch(count);
         }
@@ -122,7 +127,9 @@ class AsnElements {
     }
 
   private:
-    static constexpr std::size_t kFirstCapacity = 8;
+    // The first stretch comes from the block pools whatever an element's size.
+    static constexpr std::size_t kFirstCapacity =
+        std::clamp<std::size_t>((kelp::kMaxBlockSize - sizeof(Stretch)) / sizeof(T), 1, 8);
     static constexpr std::size_t kLastCapacity = 1024;
 
     static std::size_t OctetsOf(std::size_t capacity) {
@@ -132,12 +139,14 @@ class AsnElements {
     // The stretch is linked with its new element counted, so that an element whose
     // construction throws would be destroyed unconstructed: elements of lists have
     // constructors that do not throw (copying appends a default one and assigns).
-    void* Slot() {
+    void* Slot(std::size_t most) {
         static_assert(std::is_nothrow_default_constructible_v<T>);
         if (last_ == nullptr || last_->used == last_->capacity) {
-            AddStretch(last_ == nullptr ? kFirstCapacity
-                                        : std::min<std::size_t>(std::size_t{last_->capacity} * 2,
-                                                                kLastCapacity));
+            const std::size_t usual =
+                last_ == nullptr
+                    ? kFirstCapacity
+                    : std::min<std::size_t>(std::size_t{last_->capacity} * 2, kLastCapacity);
+            AddStretch(std::clamp<std::size_t>(most, 1, usual));
         }
         ++count_;
         return last_->items() + last_->used++;

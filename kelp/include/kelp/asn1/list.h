@@ -59,7 +59,11 @@ class AsnSeqOf : public AsnCopyable<AsnSeqOf<T>, AsnList<T>> {
     AsnIdentifier Identifier() const override { return kAsnSequence; }
 
     void BEncContent(AsnBuffer& out) const override {
-        this->elements_.EachFromBehind([&out](const T& element) { element.T::BEnc(out); });
+        this->elements_.EachFromBehind([&out](const T& element) {
+            const std::size_t behind = out.size();
+            element.T::BEncContent(out);
+            out.PrependHeader(element.T::Identifier(), out.size() - behind);
+        });
     }
 
     /// Appends an element for each one found. An element of another type fails with
@@ -71,7 +75,8 @@ class AsnSeqOf : public AsnCopyable<AsnSeqOf<T>, AsnList<T>> {
             if (!Expected().T::Accepts(identifier)) {
                 in.FailAt("Unexpected Tag", start);
             }
-            this->Append().BDecElement(in, identifier);
+            this->elements_.AppendWithRoomFor(in.RoomForElements(this->Count()))
+                .BDecElement(in, identifier);
         }
     }
 

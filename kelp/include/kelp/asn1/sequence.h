@@ -36,14 +36,16 @@ class KELP_API AsnOptionalBase {
 
     AsnType* get_type() const { return value_; }
     void reset_type(AsnType* value = nullptr) {
-        delete value_;
-        value_ = value;
+        if (value != value_) {
+            delete value_;
+            value_ = value;
+        }
     }
 
   protected:
     AsnOptionalBase() = default;
     explicit AsnOptionalBase(AsnType* value) : value_(value) {}
-    ~AsnOptionalBase() { delete value_; }
+    ~AsnOptionalBase() = default;
 
     AsnType* value_ = nullptr;
 };
@@ -55,6 +57,7 @@ class AsnOptional : public AsnOptionalBase {
     AsnOptional() = default;
     AsnOptional(const AsnOptional& other) : AsnOptionalBase(CopyOf(other)) {}
     AsnOptional(AsnOptional&& other) noexcept : AsnOptionalBase(other.release()) {}
+    ~AsnOptional() { delete get(); }  // the class is known here, and often final
     AsnOptional& operator=(const AsnOptional& other) {
         if (this != &other) {
             reset_type(CopyOf(other));
@@ -170,7 +173,8 @@ class KELP_API AsnSequence : public AsnType {
 
     virtual const refl::CClassInfor& GetClassInfor() const = 0;
 
-    /// Makes this record a deep copy of `other`, which is of the same class.
+    /// Makes this record a deep copy of `other`, which is of the same class and no part
+    /// of this record. When memory runs out, the fields before are those of `other`.
     void Assign(const AsnSequence& other);
 
     AsnIdentifier Identifier() const override { return kAsnSequence; }

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "kelp/asn1/ber.h"
+#include "kelp/block_text.h"
 #include "kelp/blocks.h"
 #include "kelp/export.h"
 
@@ -145,38 +146,47 @@ class KELP_API AsnReal final : public AsnCopyable<AsnReal, AsnType> {
     double value_;
 };
 
-/// OCTET STRING. Any octets, zeros included. Read in primitive or constructed form.
+/// OCTET STRING. Any octets, zeros included. Read in primitive or constructed form. The
+/// octets live in a pooled block; only editing them in place costs a std::string.
 class KELP_API AsnOcts final : public AsnCopyable<AsnOcts, AsnType> {
   public:
-    AsnOcts() = default;
-    AsnOcts(std::string value) : value_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
-    AsnOcts(std::string_view value) : value_(value) {}        // NOLINT(google-explicit-constructor)
-    AsnOcts(const char* value) : value_(value) {}             // NOLINT(google-explicit-constructor)
+    AsnOcts() noexcept = default;
+    AsnOcts(const std::string& value) : text_(value) {}  // NOLINT(google-explicit-constructor)
+    AsnOcts(std::string_view value) : text_(value) {}    // NOLINT(google-explicit-constructor)
+    AsnOcts(const char* value) : text_(value) {}         // NOLINT(google-explicit-constructor)
+    AsnOcts(const AsnOcts& other) : AsnCopyable(other), text_(other.view()) {}
+    AsnOcts(AsnOcts&& other) noexcept = default;
+    ~AsnOcts() override = default;
 
-    AsnOcts& operator=(std::string value) {
-        value_ = std::move(value);
-        return *this;
-    }
+    AsnOcts& operator=(const AsnOcts& other) { return *this = other.view(); }
+    AsnOcts& operator=(AsnOcts&& other) noexcept = default;
+    AsnOcts& operator=(const std::string& value) { return *this = std::string_view(value); }
+    AsnOcts& operator=(const char* value) { return *this = std::string_view(value); }
     AsnOcts& operator=(std::string_view value) {
-        value_.assign(value);
-        return *this;
-    }
-    AsnOcts& operator=(const char* value) {
-        value_ = value;
+        text_.assign(value);
+        edited_.reset();
         return *this;
     }
 
-    const std::string& str() const { return value_; }
-    std::string& str() { return value_; }
-    operator const std::string&() const { return value_; }  // NOLINT(google-explicit-constructor)
-    bool empty() const { return value_.empty(); }
-    std::size_t size() const { return value_.size(); }
+    /// The octets, until they next change.
+    std::string_view view() const { return edited_ != nullptr ? *edited_ : text_.view(); }
+    /// A copy of the octets.
+    std::string str() const { return std::string(view()); }
+    /// The octets for editing; the reference is good until the next assignment, Clear()
+    /// or decoding.
+    std::string& str();
+    operator std::string() const { return str(); }  // NOLINT(google-explicit-constructor)
+    bool empty() const { return view().empty(); }
+    std::size_t size() const { return view().size(); }
 
     AsnIdentifier Identifier() const override { return kAsnOctetString; }
     bool Accepts(AsnIdentifier identifier) const override {
         return (identifier & ~kAsnConstructed) == kAsnOctetString;
     }
-    void Clear() override { value_.clear(); }
+    void Clear() override {
+        text_.clear();
+        edited_.reset();
+    }
     void BEncContent(AsnBuffer& out) const override;
     void BDecContent(AsnReader& in) override;
     void Print(std::ostream& out, int indent = 0) const override;
@@ -185,5 +195,6 @@ class KELP_API AsnOcts final : public AsnCopyable<AsnOcts, AsnType> {
     void BDecForm(AsnReader& in, AsnIdentifier identifier) override;
 
   private:
-    std::string value_;
+    kelp::BlockText text_;
+    std::unique_ptr<std::string> edited_;  // what str() gave out, in place of text_
 };

@@ -1,0 +1,278 @@
+#!/usr/bin/env python3
+"""Turns the figures of a benchmark run into docs/benchmarks.md and its plot.
+
+usage: report.py FOLDER_OF_JSON DOCS_FOLDER
+"""
+import json
+import os
+import platform
+import sys
+
+import matplotlib
+matplotlib.use("Agg")
+import matplotlib.pyplot as plt  # noqa: E402
+
+# scenario, phase, peer, relation, must, aim. What is compared stands in value(); "must"
+# decides, "aim" is where we are going; None: no limit set.
+LIMITS = [
+    ("Table: build the tree", "build", "jsoncpp", "<=", 0.6, 0.25),
+    ("Table: build the tree", "build", "protobuf", "<=", None, 0.8),
+    ("Table: tree to octets", "encode", "jsoncpp", "<=", 0.20, 0.08),
+    ("Table: tree to octets", "encode", "asn1c", "<=", 0.125, 0.05),
+    ("Table: octets to tree", "decode", "jsoncpp", "<=", 0.40, 0.15),
+    ("Table: octets to tree", "decode", "asn1c", "<=", 1.6, 0.6),
+    ("Table: whole cycle", "cycle", "jsoncpp", "<=", 0.40, 0.15),
+    ("Table: whole cycle", "cycle", "nlohmann", "<=", 1.2, 0.5),
+    ("Table: cycle, time a cell at 100,000 rows", "cycle", "10,000 rows", "<=", 1.3, 1.1),
+    ("Table: heap a cell", "heap", "jsoncpp", "<=", 2.2, 1.4),
+    ("Request of ten scalars, both ways", "request", "jsoncpp", "<=", 0.5, 0.15),
+    ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
+    ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
+    ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
+    ("Round trip, 10 kB", "roundtrip/10000", "zeromq", "<", 1.0, 0.35),
+    ("8 clients, requests a second, 100 octets", "clients/100", "unix", ">=", 0.35, 0.8),
+    ("8 clients, requests a second, 100 octets", "clients/100", "zeromq", ">=", 1.5, 3),
+    ("8 clients, requests a second, 10 kB", "clients/10000", "unix", ">=", 0.35, 0.8),
+    ("8 clients, requests a second, 10 kB", "clients/10000", "zeromq", ">=", 1.5, 3),
+]
+PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
+              "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows"}
+
+
+def median(values):
+    values = sorted(values)
+    middle = len(values) // 2
+    return values[middle] if len(values) % 2 else (values[middle - 1] + values[middle]) / 2
+
+
+class Figures:
+    """Every repetition's value by (phase, contestant), in the unit that phase is told in."""
+
+    def __init__(self, folder):
+        self.values = {}
+        self.octets = {}
+        self.context = {}
+        for scenario in ("table", "request", "bus"):
+            with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
+                run = json.load(file)
+            self.context[scenario] = run["context"]
+            for entry in run["benchmarks"]:
+                if entry["run_type"] == "iteration":
+                    getattr(self, "_" + scenario)(entry)
+        with open(os.path.join(folder, "syscalls.json"), encoding="utf-8") as file:
+            self.syscalls = json.load(file)
+
+    def _add(self, phase, contestant, value):
+        self.values.setdefault((phase, contestant), []).append(value)
+
+    def _table(self, entry):
+        phase, contestant, rows = entry["name"].split("/")[:3]
+        if rows != "10000":
+            contestant += "@" + rows
+        self._add(phase, contestant, entry["real_time"] * 1e6 / entry["cells"])
+        if "heap_a_cell" in entry:
+            self._add("heap", contestant, entry["heap_a_cell"])
+        if "octets" in entry:
+            self.octets[contestant] = int(entry["octets"])
+
+    def _request(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        self._add(phase, contestant, entry["cpu_time"])
+        self.octets["request/" + contestant] = int(entry["octets"])
+
+    def _bus(self, entry):
+        phase, contestant, octets = entry["name"].split("/")[:3]
+        value = entry.get("requests_per_second", entry["real_time"])
+        self._add(phase + "/" + octets, contestant, value)
+
+    def of(self, phase, contestant):
+        return median(self.values[phase, contestant])
+
+    def spread(self, phase, contestant):
+        """Half of the range of the middle half, relative: how far the figure moves."""
+        values = sorted(self.values[phase, contestant])
+        quarter = len(values) // 4
+        return (values[-1 - quarter] - values[quarter]) / 2 / median(values)
+
+    def ratio(self, phase, peer):
+        if peer == "10,000 rows":
+            return self.of(phase, "ours@100000") / self.of(phase, "ours")
+        return self.of(phase, "ours") / self.of(phase, peer)
+
+
+def holds(ratio, relation, limit):
+    return {"<=": ratio <= limit, "<": ratio < limit, ">=": ratio >= limit}[relation]
+
+
+AIM_RELATION = {"<=": "<=", "<": "<=", ">=": ">="}
+
+
+def limit_text(relation, limit):
+    return "-" if limit is None else f"{relation} {limit:g}"
+
+
+def verdict(ratio, relation, limit):
+    return "-" if limit is None else "yes" if holds(ratio, relation, limit) else "**no**"
+
+
+def ratio_table(figures):
+    yield "| scenario | measured against | ratio | must | met | aim | met | spread |"
+    yield "|---|---|---:|---:|---|---:|---|---:|"
+    for scenario, phase, peer, relation, must, aim in LIMITS:
+        ratio = figures.ratio(phase, peer)
+        yield (f"| {scenario} | {PEER_NAMES.get(peer, peer)} | {ratio:.3g} "
+               f"| {limit_text(relation, must)} | {verdict(ratio, relation, must)} "
+               f"| {limit_text(AIM_RELATION[relation], aim)} | {verdict(ratio, AIM_RELATION[relation], aim)} "
+               f"| {100 * figures.spread(phase, 'ours'):.0f} % |")
+
+
+def missed(figures, column):
+    names = [f"{row[0]} against {PEER_NAMES.get(row[2], row[2])}" for row in LIMITS
+             if row[column] is not None
+             and not holds(figures.ratio(row[1], row[2]),
+                           AIM_RELATION[row[3]] if column == 5 else row[3], row[column])]
+    return "; ".join(names) if names else "none"
+
+
+def cell_table(figures):
+    contestants = ["ours", "ours_addrow", "ours@100000", "jsoncpp", "nlohmann", "protobuf",
+                   "asn1c", "null"]
+    yield "| nanoseconds a cell | build | encode | decode | cycle | octets | heap a cell |"
+    yield "|---|---:|---:|---:|---:|---:|---:|"
+    for name in contestants:
+        times = " | ".join(f"{figures.of(phase, name):.1f}"
+                           for phase in ("build", "encode", "decode", "cycle"))
+        yield f"| {name} | {times} | {figures.octets[name]} | {figures.of('heap', name):.0f} |"
+
+
+def bus_table(figures):
+    yield ("| | round trip, us: 100 octets | 10 kB | 8 clients, requests/s: 100 octets | 10 kB "
+           "| system calls: 100 octets | 10 kB |")
+    yield "|---|---:|---:|---:|---:|---:|---:|"
+    for name in ("ours", "unix", "zeromq"):
+        trips = " | ".join(f"{figures.of('roundtrip/' + n, name):.1f}" for n in ("100", "10000"))
+        rates = " | ".join(f"{figures.of('clients/' + n, name):.0f}" for n in ("100", "10000"))
+        calls = " | ".join(f"{figures.syscalls[name + '/' + n]['total']:g}"
+                           for n in ("100", "10000"))
+        yield f"| {PEER_NAMES.get(name, name)} | {trips} | {rates} | {calls} |"
+
+
+def calls_text(figures):
+    for side in ("client", "server"):
+        calls = figures.syscalls["ours/100"][side]
+        listed = ", ".join(f"{name} {count:g}" for name, count in calls.items())
+        yield f"- our {side}, 100 octets: {listed}"
+
+
+def cpu_model():
+    with open("/proc/cpuinfo", encoding="utf-8") as file:
+        return next((line.split(":")[1].strip() for line in file if "model name" in line), "?")
+
+
+def machine(figures):
+    caches = ", ".join(f"L{c['level']} {c['type']} {c['size'] // 1024} KiB"
+                       for c in figures.context["table"]["caches"])
+    yield f"- {figures.context['table']['num_cpus']} CPUs, {cpu_model()}; {caches}"
+    yield f"- {platform.system()} {platform.release()}, g++ 12, Release"
+    loads = ", ".join(f"{name} {context['load_avg'][0]:.1f}"
+                      for name, context in figures.context.items())
+    yield f"- load average when each scenario began: {loads}"
+    yield f"- {figures.context['table']['date'][:10]}, {len(figures.values['cycle', 'ours'])} repetitions"
+
+
+def plot(figures, path):
+    rows = [row for row in LIMITS if row[4] is not None][::-1]
+    figure, axes = plt.subplots(figsize=(9, 0.38 * len(rows) + 1))
+    for y, (scenario, phase, peer, relation, must, aim) in enumerate(rows):
+        # Above 1 is worse than what must be, whichever way the relation points.
+        def share(value):
+            return must / value if relation == ">=" else value / must
+        ratio = figures.ratio(phase, peer)
+        good = holds(ratio, relation, must)
+        axes.barh(y, share(ratio), color="#4878a8" if good else "#c05040", height=0.6)
+        axes.plot([share(aim)], [y], marker="|", markersize=14, color="black")
+    axes.axvline(1, color="black", linewidth=1)
+    axes.set_yticks(range(len(rows)),
+                    [f"{row[0]} / {PEER_NAMES.get(row[2], row[2])}" for row in rows], fontsize=8)
+    axes.set_xlabel("share of what is allowed (line: must, ticks: aim); shorter is better")
+    figure.tight_layout()
+    plt.rcParams["svg.fonttype"] = "none"
+    plt.rcParams["svg.hashsalt"] = "benchmarks"
+    figure.savefig(path, metadata={"Date": None})
+
+
+TEXT = """# Benchmarks
+
+Written by `scripts/bench.sh`; do not edit. All ratios are ours over the peer's, medians of
+one run whose repetitions were interleaved at random. Before a time is taken, every
+contestant proves that it gives back what it was given. "Must" decides whether we are good
+enough, "aim" is where we are going. "Spread" is how far our own figure moved between
+repetitions (half of the interquartile range).
+
+![Ratios as a share of what is allowed](benchmarks.svg)
+
+{ratios}
+
+Limits that are not met: {missed_must}.
+
+Aims that are not met: {missed_aim}.
+
+## A table
+
+10,000 rows of 8 columns: 2 integers, 2 doubles with three decimals, 4 texts of 6 to 40
+octets. CPU time of the thread. What we encode and decode goes through the common response:
+making and destroying the records is in our times. The judged way to build is column access
+(`root["name"][row] = value`); `ours_addrow` builds a row and adds it. asn1c's structure is
+built outside of the time and is the end of its decoding: the step between named values and
+the structure, which is in our times, is given to that peer. jsoncpp's writer, reader and
+stream are made once. protobuf has a compiled schema. `null` copies the rows' octets into
+one string: what touching the data costs.
+
+{cells}
+
+Heap counts octets allocated and not freed by a built tree: malloc's and the block pools'.
+
+## A request
+
+Ten named scalars to octets and back into a fresh tree: {request_ours:.0f} ns, jsoncpp
+{request_jsoncpp:.0f} ns, plain copy {request_null:.0f} ns; {octets_ours} octets,
+jsoncpp {octets_jsoncpp}.
+
+## Processes
+
+A round trip of one client has both processes on one CPU. Eight clients are eight processes
+that ask for {seconds} s; the bare Unix socket's server has a thread a connection. Payloads
+go both ways and are checked. System calls are of both sides together, counted by strace
+without pinning.
+
+{bus}
+
+{calls}
+
+## The machine
+
+{machine}
+"""
+
+
+def main(folder, docs):
+    figures = Figures(folder)
+    text = TEXT.format(
+        ratios="\n".join(ratio_table(figures)), missed_must=missed(figures, 4),
+        missed_aim=missed(figures, 5), cells="\n".join(cell_table(figures)),
+        request_ours=figures.of("request", "ours"),
+        request_jsoncpp=figures.of("request", "jsoncpp"),
+        request_null=figures.of("request", "null"), octets_ours=figures.octets["request/ours"],
+        octets_jsoncpp=figures.octets["request/jsoncpp"], seconds=1.5,
+        bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        machine="\n".join(machine(figures)))
+    with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
+        file.write(text)
+    plot(figures, os.path.join(docs, "benchmarks.svg"))
+    print("\n".join(ratio_table(figures)))
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        raise SystemExit(__doc__)
+    main(sys.argv[1], sys.argv[2])
