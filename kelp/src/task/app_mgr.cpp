@@ -19,6 +19,7 @@ struct Process {
     kelp::Mutex mutex;
     std::shared_ptr<kelp::task::Core> core KELP_GUARDED_BY(mutex);
     std::vector<KelpTaskMgr*> owned KELP_GUARDED_BY(mutex);
+    std::vector<KelpTaskMgr*> abandoned KELP_GUARDED_BY(mutex);  // until their threads end
     std::atomic<bool> initialized{false};
 };
 
@@ -76,22 +77,40 @@ void KelpAppMgr::Destroy() {
     Process& process = TheProcess();
     process.initialized.store(false);
     std::shared_ptr<kelp::task::Core> core;
-    std::vector<KelpTaskMgr*> owned;
     {
         kelp::MutexLock lock(process.mutex);
         core.swap(process.core);
-        owned.swap(process.owned);
     }
     if (core == nullptr) {
         return;
     }
     core->Stop();
-    for (KelpTaskMgr* mgr : owned) {
-        // One that has a thread left behind stays: the thread may still look at it.
-        if (mgr->state_->started() && mgr->state_->FinishStop(0)) {
+    std::vector<KelpTaskMgr*> ending;
+    {
+        kelp::MutexLock lock(process.mutex);
+        ending.swap(process.owned);
+        ending.insert(ending.end(), process.abandoned.begin(), process.abandoned.end());
+        process.abandoned.clear();
+    }
+    // Without the lock: tasks that go with their manager may use what is left of the process.
+    for (KelpTaskMgr* mgr : ending) {
+        if (!mgr->state_->started()) {
+            continue;  // it was never initialised and stays its maker's
+        }
+        if (mgr->state_->FinishStop(0)) {
             delete mgr;
+        } else {
+            // A thread was left behind and looks at it: until a later call.
+            kelp::MutexLock lock(process.mutex);
+            process.abandoned.push_back(mgr);
         }
     }
+}
+
+void kelp::task::ForgetManager(const KelpTaskMgr* mgr) {
+    Process& process = TheProcess();
+    MutexLock lock(process.mutex);
+    std::erase(process.owned, mgr);
 }
 
 bool KelpAppMgr::TMInsertTaskMgr(KelpTaskMgr* mgr, bool owned) {

@@ -74,6 +74,9 @@ class Core final : public message::MessageSink, public std::enable_shared_from_t
 /// The process's core, or null.
 std::shared_ptr<Core> CurrentCore();
 
+/// `mgr` is being deleted: it is not the process's to delete any more.
+void ForgetManager(const KelpTaskMgr* mgr);
+
 /// Whether a request's sender can be reached with an answer.
 bool ExpectsAnswer(const CmdMSG& request);
 

@@ -102,10 +102,10 @@ bool Manager::SpawnWorker() {
 bool Manager::Start() {
     {
         MutexLock lock(mutex_);
-        if (started_ || stopping_) {
+        if (start_tried_ || stopping_) {
             return false;
         }
-        started_ = true;
+        start_tried_ = true;
     }
     if (id_ == 0 || thread_count_ < 1 || thread_count_ > kMostThreads) {
         LogProcess::Error(0,
@@ -126,6 +126,8 @@ bool Manager::Start() {
             return false;
         }
     }
+    MutexLock lock(mutex_);
+    started_ = true;
     return true;
 }
 
@@ -522,7 +524,7 @@ bool Manager::FinishStop(std::int64_t until_ns) {
     {
         MutexLock lock(mutex_);
         if (finished_) {
-            return workers_ == 0;
+            return true;
         }
         while (workers_ > self && base::SystemMonotonicNs() < until_ns) {
             idle_.WakeAll();
@@ -531,9 +533,9 @@ bool Manager::FinishStop(std::int64_t until_ns) {
             }
             worker_gone_.WaitUntil(mutex_, base::RealPointAfter(10 * base::kMillisecond));
         }
-        finished_ = true;
         if (workers_ > 0) {
-            if (workers_ > self) {
+            if (workers_ > self && !reported_) {
+                reported_ = true;
                 LogProcess::Error(KELP_MSG_STOPPED,
                                   "[task] " + std::to_string(workers_ - self) +
                                       " handlers of task manager " + std::to_string(id_) +
@@ -542,6 +544,7 @@ bool Manager::FinishStop(std::int64_t until_ns) {
             }
             return false;
         }
+        finished_ = true;
         group = group_;
     }
     if (group != -1) {

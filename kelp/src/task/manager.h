@@ -64,9 +64,8 @@ class Manager : public std::enable_shared_from_this<Manager> {
     KelpTaskMgr* shell() const { return shell_; }
 
     bool Start();
+    /// Whether Start() succeeded.
     bool started();
-    void set_owned(bool owned) { owned_.store(owned); }
-    bool owned() const { return owned_.load(); }
 
     /// Work from outside. KELP_MSG_OK: taken; otherwise why not, the message untouched.
     std::uint32_t PutRequest(message::MsgPtr& msg, const KelpTaskRegister* registration);
@@ -85,7 +84,7 @@ class Manager : public std::enable_shared_from_this<Manager> {
     bool stopping();
 
     void BeginStop();
-    /// True when no worker is left behind.
+    /// True when no worker is left; otherwise it may be called again later.
     bool FinishStop(std::int64_t until_ns);
 
     /// A worker's life.
@@ -117,7 +116,6 @@ class Manager : public std::enable_shared_from_this<Manager> {
     ACE_Thread_Manager* const threads_;
     const std::uint8_t id_;
     const int thread_count_;
-    std::atomic<bool> owned_{false};
 
     Mutex mutex_;
     message::WaitPoint idle_ KELP_GUARDED_BY(mutex_);
@@ -129,9 +127,11 @@ class Manager : public std::enable_shared_from_this<Manager> {
     int workers_ KELP_GUARDED_BY(mutex_) = 0;
     int busy_ KELP_GUARDED_BY(mutex_) = 0;
     int group_ KELP_GUARDED_BY(mutex_) = -1;
+    bool start_tried_ KELP_GUARDED_BY(mutex_) = false;
     bool started_ KELP_GUARDED_BY(mutex_) = false;
     bool stopping_ KELP_GUARDED_BY(mutex_) = false;
     bool finished_ KELP_GUARDED_BY(mutex_) = false;
+    bool reported_ KELP_GUARDED_BY(mutex_) = false;  // that a worker was left behind
     CondVar worker_gone_;
 };
 

@@ -14,6 +14,7 @@ KelpTaskMgr::~KelpTaskMgr() {
     if (state_ == nullptr) {
         return;
     }
+    kelp::task::ForgetManager(this);
     kelp::task::Core& core = state_->core();
     core.RemoveManager(state_.get());
     state_->BeginStop();

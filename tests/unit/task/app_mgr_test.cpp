@@ -123,6 +123,24 @@ TEST(AppMgr, UninitialisedManagerIsNotDeleted) {
     EXPECT_FALSE(mgr->Initialize()) << "its time is over";
 }
 
+// Nor is one whose initialisation failed, even if it was handed over before.
+TEST(AppMgr, FailedManagerIsNotDeleted) {
+    auto platform = std::make_unique<Platform>();
+    auto mgr = std::make_unique<KelpGnlTaskMgr>(KelpAppMgr::Instance(), nullptr, 20, 0);
+    ASSERT_TRUE(KelpAppMgr::Instance()->TMInsertTaskMgr(mgr.get(), true));
+    EXPECT_FALSE(mgr->Initialize());
+    platform.reset();
+    EXPECT_EQ(mgr->GetTaskMgrId(), 20);
+}
+
+// An owned manager that its maker deletes all the same is not deleted twice.
+TEST(AppMgr, DeletedManagerIsForgotten) {
+    Platform platform;
+    auto mgr = std::make_unique<KelpGnlTaskMgr>(KelpAppMgr::Instance(), nullptr, 20, 1);
+    ASSERT_TRUE(KelpAppMgr::Instance()->TMInsertTaskMgr(mgr.get(), true));
+    ASSERT_TRUE(mgr->Initialize());
+}
+
 TEST(AppMgr, WaitsForAStopSignal) {
     for (const int number : {SIGTERM, SIGINT}) {
         struct sigaction before {};
