@@ -78,18 +78,22 @@ TEST(BusAbuse, UnfinishedFrame) {
     EXPECT_EQ(silent.ReceiveFrame().substr(50), std::string("\x04\0", 2));
 }
 
-// A peer that asks and does not read: its answers are bounded, then it is cut off.
-TEST(BusAbuse, PeerThatDoesNotRead) {
+// A peer that asks and does not read: its answers are bounded, then it is cut off. What a
+// first one cost is used again for those that follow.
+TEST(BusAbuse, PeersThatDoNotRead) {
     Platform platform;
     Server server(platform.RunDir(), kServer, 1, 2);
-    ASSERT_EQ(server.Ask(kEcho, ""), 0);
-    const std::size_t before = server.Memory();
-    RawPeer peer = RawPeer::Connect(platform.RunDir(), kServer, 1);
     const std::string body = "1000000";
     const std::string request = RawRequest(
         kServer, kMake, 1, "\x04" + std::string(1, static_cast<char>(body.size())) + body);
-    EXPECT_TRUE(Eventually([&] { return !peer.SendFrame(request); })) << "the server closed";
-    EXPECT_LT(server.Memory(), before + (64u << 20));
+    std::size_t after_first = 0;
+    for (int round = 0; round < 6; ++round) {
+        RawPeer peer = RawPeer::Connect(platform.RunDir(), kServer, 1);
+        EXPECT_TRUE(Eventually([&] { return !peer.SendFrame(request); })) << "the server closed";
+        EXPECT_TRUE(server.Reports("0 busy, 0 requests waiting, 0 tasks\ntask manager 5"));
+        after_first = round == 0 ? server.Memory() : after_first;
+    }
+    EXPECT_LT(server.Memory(), after_first + (64u << 20));
     EXPECT_EQ(server.Ask(kEcho, ""), 0);
 }
 
