@@ -96,7 +96,8 @@ class KELP_API KelpAppMgr {
     static void Destroy();
 
     /// Blocks until SIGINT or SIGTERM arrives and returns its number. The handlers that
-    /// were installed before come back. To be called by one thread at a time.
+    /// were installed before come back; a signal that arrives before the call is theirs.
+    /// To be called by one thread at a time.
     static int WaitForStopSignal();
 
     /// Makes `mgr` known under its identifier, so that messages reach it; before or after
