@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "support/check.h"
+#include "support/clock.h"
 
 namespace bench {
 
@@ -56,6 +57,12 @@ void Process::WriteLine(const std::string& line) {
     const std::string text = line + '\n';
     Require(write(to_, text.data(), text.size()) == static_cast<ssize_t>(text.size()), "process",
             "it does not listen");
+}
+
+double Process::CpuSeconds() const {
+    clockid_t clock{};
+    Require(clock_getcpuclockid(pid_, &clock) == 0, "process", "it has no clock");
+    return SecondsOf(clock);
 }
 
 struct OneCpu::Mask {

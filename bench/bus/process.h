@@ -21,6 +21,8 @@ class Process {
     std::string ReadLine();
     /// Writes one line to it.
     void WriteLine(const std::string& line);
+    /// The time that its threads have been on a CPU.
+    double CpuSeconds() const;
 
   private:
     pid_t pid_ = -1;

@@ -63,7 +63,7 @@ void FillCell(AsnValue& value, CParaSet* cell, int type) {
 }
 
 // Rows are read across columns that may lie far apart: what later rows need is fetched
-// while this one is written, first the nodes, then the texts that they point to. Inlined,
+// while this one is written, first the slots, then the nodes, then their texts. Inlined,
 // because the compiler takes a function that only prefetches for one without effect and
 // drops the call.
 template <class Fetch>
@@ -81,8 +81,17 @@ template <class Fetch>
 
 [[gnu::always_inline]] inline void PrefetchRows(const std::vector<Column>& columns,
                                                 std::size_t row) {
+    constexpr std::size_t kSlotsInLine = 64 / sizeof(CParaSet*);
+    constexpr std::size_t kSlotsAhead = 3 * kSlotsInLine;
     constexpr std::size_t kNodesAhead = 4;
     constexpr std::size_t kTextsAhead = 2;
+    if (row % kSlotsInLine == 0) {
+        for (const Column& column : columns) {
+            if (column.is_array && row + kSlotsAhead < NodeAccess::List(*column.node).size()) {
+                __builtin_prefetch(&NodeAccess::List(*column.node)[row + kSlotsAhead]);
+            }
+        }
+    }
     ForRow(columns, row + kNodesAhead,
            [](const CParaSet* node, int) { NodeAccess::Prefetch(node); });
     ForRow(columns, row + kTextsAhead, [](const CParaSet* node, int type) {

@@ -8,7 +8,8 @@
 //         EXPECT_TRUE(failing.Fired());
 //     }
 //     EXPECT_EQ(LiveAllocations(), before);
-//     for (long n = 1; support::FailNth(n, [&] { copy = original; }); ++n) EXPECT_TRUE(copy.empty());
+//     for (long n = 1; support::FailNth(n, [&] { copy = original; }); ++n)
+//     EXPECT_TRUE(copy.empty());
 //
 // Blocks of the library's pools are among them in builds with a sanitizer only.
 //

@@ -31,6 +31,9 @@ class KELP_API BlockText {
     BlockText(const BlockText& other) { *this = other; }
     BlockText(BlockText&& other) noexcept { Swap(other); }
     BlockText& operator=(const BlockText& other) {
+        if (this == &other) {
+            return *this;
+        }
         if (other.capacity_ == 0) {
             Release();
             octets_ = other.octets_;

@@ -32,7 +32,9 @@ namespace kelp {
 void* AllocateBlock(std::size_t size) {
     return ::operator new(size);
 }
-void FreeBlock(void* block, std::size_t) noexcept { ::operator delete(block); }
+void FreeBlock(void* block, std::size_t) noexcept {
+    ::operator delete(block);
+}
 BlockUsage GetBlockUsage() {
     return {};
 }
