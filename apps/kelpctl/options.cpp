@@ -95,7 +95,9 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
         return std::nullopt;
     }
     options.action = list->parsed() ? Options::Action::kList : Options::Action::kCall;
-    SplitFiles(std::getenv("KELPCTL_COMMANDS"), options.commands_files);
+    // No thread runs yet.
+    SplitFiles(std::getenv("KELPCTL_COMMANDS"),
+               options.commands_files);  // NOLINT(concurrency-mt-unsafe)
     return options;
 }
 

@@ -79,7 +79,7 @@ class FRAMEUTIL_API TModel_RegisterCmd {
     TModel_RegisterCmd(unsigned long cmdCode, AsnType* (*reqCreator)(), AsnType* (*rspCreator)(),
                        unsigned char taskMgrId, KelpGnlTask* (*taskCreator)(KelpTaskMgr*),
                        void (*handler)(AsnType*, AsnType*, KelpGnlTask*), bool useSharedMgr);
-    ~TModel_RegisterCmd();
+    ~TModel_RegisterCmd() = default;
     TModel_RegisterCmd(const TModel_RegisterCmd&) = delete;
     TModel_RegisterCmd& operator=(const TModel_RegisterCmd&) = delete;
 };

@@ -25,6 +25,4 @@ TModel_RegisterCmd::TModel_RegisterCmd(unsigned long cmdCode, AsnType* (*reqCrea
     }
 }
 
-TModel_RegisterCmd::~TModel_RegisterCmd() = default;
-
 }  // namespace FrameUtil

@@ -69,8 +69,8 @@ bool KelpAppMgr::IsInitialized() noexcept {
 }
 
 KelpAppMgr* KelpAppMgr::Instance() noexcept {
-    static auto* const instance = new KelpAppMgr;
-    return instance;
+    static KelpAppMgr instance;  // without state: outlives static objects that use it
+    return &instance;
 }
 
 void KelpAppMgr::Destroy() {

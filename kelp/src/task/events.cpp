@@ -100,8 +100,8 @@ TEEventParam::~TEEventParam() = default;
 TEEventHandler::~TEEventHandler() = default;
 
 TEEventMgr* TEEventMgr::Instance() noexcept {
-    static auto* const instance = new TEEventMgr;  // outlives static objects that use it
-    return KelpAppMgr::IsInitialized() ? instance : nullptr;
+    static TEEventMgr instance;  // without state: outlives static objects that use it
+    return KelpAppMgr::IsInitialized() ? &instance : nullptr;
 }
 
 int TEEventMgr::SubscibeEvent(unsigned int eventId, TEEventHandler* handler,
