@@ -43,8 +43,8 @@ TEST(RunDir, IsChosenInThisOrder) {
     const Variable no_dir("KELP_RUN_DIR", nullptr);
     const Variable no_root("OSS_ROOT", nullptr);
     EXPECT_EQ(ChooseRunDir(""), "/tmp/kelp-" + std::to_string(::geteuid()));
-    const Variable root("OSS_ROOT", "/root/oss");
-    EXPECT_EQ(ChooseRunDir(""), "/root/oss/var/run");
+    const Variable root("OSS_ROOT", "/opt/oss");
+    EXPECT_EQ(ChooseRunDir(""), "/opt/oss/var/run");
     const Variable dir("KELP_RUN_DIR", "/run/here");
     EXPECT_EQ(ChooseRunDir(""), "/run/here");
     EXPECT_EQ(ChooseRunDir("/wanted"), "/wanted");
