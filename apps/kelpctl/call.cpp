@@ -53,6 +53,7 @@ class BusClient {
   public:
     explicit BusClient(const std::string& run_dir) : complaint_(std::make_shared<LastComplaint>()) {
         auto log = kelp::log::Options::FromEnvironment();
+        // No thread runs yet. NOLINTNEXTLINE(concurrency-mt-unsafe)
         if (std::getenv("KELP_LOG_LEVEL") == nullptr) {
             log.level = kelp::log::Level::kOff;
         }

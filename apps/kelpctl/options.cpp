@@ -95,9 +95,8 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
         return std::nullopt;
     }
     options.action = list->parsed() ? Options::Action::kList : Options::Action::kCall;
-    // No thread runs yet.
-    SplitFiles(std::getenv("KELPCTL_COMMANDS"),
-               options.commands_files);  // NOLINT(concurrency-mt-unsafe)
+    // No thread runs yet. NOLINTNEXTLINE(concurrency-mt-unsafe)
+    SplitFiles(std::getenv("KELPCTL_COMMANDS"), options.commands_files);
     return options;
 }
 

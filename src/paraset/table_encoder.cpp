@@ -81,7 +81,7 @@ template <class Fetch>
 
 [[gnu::always_inline]] inline void PrefetchRows(const std::vector<Column>& columns,
                                                 std::size_t row) {
-    constexpr std::size_t kSlotsInLine = 64 / sizeof(CParaSet*);
+    constexpr std::size_t kSlotsInLine = 64 / sizeof(void*);
     constexpr std::size_t kSlotsAhead = 3 * kSlotsInLine;
     constexpr std::size_t kNodesAhead = 4;
     constexpr std::size_t kTextsAhead = 2;

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <new>
+#include <vector>
 
 namespace kelp::message {
 namespace {
@@ -14,8 +15,8 @@ constexpr std::uint32_t kReadEvents = EPOLLIN | EPOLLRDHUP;
 
 // Where a thread that polls receives to; most frames are cut out of it right away.
 unsigned char* Scratch() {
-    thread_local const std::unique_ptr<unsigned char[]> scratch(new unsigned char[kScratch]);
-    return scratch.get();
+    thread_local std::vector<unsigned char> scratch(kScratch);
+    return scratch.data();
 }
 
 std::size_t WireOctets(const CmdMSG* msg) {

@@ -30,8 +30,8 @@ bool Refuse(unsigned long command, const char* why) {
 }  // namespace
 
 KelpTaskCreator* KelpTaskCreator::Instance() noexcept {
-    static auto* const instance = new KelpTaskCreator;
-    return instance;
+    static KelpTaskCreator instance;  // without state: outlives static objects that use it
+    return &instance;
 }
 
 bool KelpTaskCreator::RegisterTask(const KelpTaskRegister& registration) {
