@@ -31,8 +31,9 @@ function(take_blocks_from_heap name)
   target_compile_definitions(${name} PRIVATE KELP_BLOCKS_FROM_HEAP)
 endfunction()
 
-# fuzz_target(record LINKS frameutil_static), from fuzz/record/: target.cpp and corpus/. In every build
-# it replays its corpus as a test; with FRAMEUTIL_LIBFUZZER it is a libFuzzer program.
+# fuzz_target(record LINKS frameutil_static), from fuzz/record/: target.cpp and corpus/. In
+# every build it replays its corpus as a test; with FRAMEUTIL_LIBFUZZER it is a libFuzzer
+# program.
 function(fuzz_target name)
   cmake_parse_arguments(F "" "" "LINKS" ${ARGN})
   set(folder ${CMAKE_CURRENT_SOURCE_DIR})

@@ -10,9 +10,6 @@ namespace FrameUtil {
 
 namespace {
 
-constexpr int kStringCode = 4;
-constexpr int kDoubleCode = 9;
-
 struct Column {
     const AsnSchemaItem* item;
     std::int64_t type;
@@ -21,9 +18,9 @@ struct Column {
 
 bool HasValue(const AsnValue& value, std::int64_t type) {
     switch (type) {
-        case kStringCode:
+        case cell_type::kString:
             return static_cast<bool>(value.sVal);
-        case kDoubleCode:
+        case cell_type::kDouble:
             return static_cast<bool>(value.dVal);
         default:
             return static_cast<bool>(value.iVal);
@@ -33,10 +30,10 @@ bool HasValue(const AsnValue& value, std::int64_t type) {
 // REQUIRES: HasValue(value, type).
 void TakeValue(CParaSet& cell, const AsnValue& value, std::int64_t type) {
     switch (type) {
-        case kStringCode:
+        case cell_type::kString:
             NodeAccess::AssignText(cell, value.sVal->view());
             break;
-        case kDoubleCode:
+        case cell_type::kDouble:
             cell = static_cast<double>(*value.dVal);
             break;
         default:

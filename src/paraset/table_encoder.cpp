@@ -8,11 +8,6 @@ namespace FrameUtil {
 
 namespace {
 
-constexpr int kArrayCode = 257;
-constexpr int kStringCode = 4;
-constexpr int kDoubleCode = 9;
-constexpr int kIntegerCode = 2;
-
 struct Column {
     CParaSet* node;  // null for an entry whose child was cleared
     int type;
@@ -44,17 +39,17 @@ void FillCell(AsnValue& value, CParaSet* cell, int type) {
         return;
     }
     switch (type) {
-        case kStringCode:
+        case cell_type::kString:
             // Text ends at its first zero octet, as asString() gives it to a caller.
             if (cell->asString() != nullptr) {
                 const std::string_view text = NodeAccess::Impl(*cell).m_strValue.view();
                 value.sVal.Emplace(text.substr(0, text.find('\0')));
             }
             break;
-        case kDoubleCode:
+        case cell_type::kDouble:
             value.dVal.Emplace(cell->asDouble());
             break;
-        case kIntegerCode:
+        case cell_type::kInteger:
             value.iVal.Emplace(cell->asInt());
             break;
         default:
@@ -95,7 +90,7 @@ template <class Fetch>
     ForRow(columns, row + kNodesAhead,
            [](const CParaSet* node, int) { NodeAccess::Prefetch(node); });
     ForRow(columns, row + kTextsAhead, [](const CParaSet* node, int type) {
-        if (type == kStringCode) {
+        if (type == cell_type::kString) {
             __builtin_prefetch(NodeAccess::Impl(*node).m_strValue.c_str());
         }
     });
@@ -109,8 +104,8 @@ std::vector<Column> DescribeColumns(CParaSet& node, AsnSchemaDef& schema) {
         if (key.starts_with('#')) {
             continue;
         }
-        Column column{child, child == nullptr ? 5 : child->getType(), false};
-        if (column.type == kArrayCode) {
+        Column column{child, child == nullptr ? cell_type::kNotValued : child->getType(), false};
+        if (column.type == cell_type::kArray) {
             column.type = (*child)[0].getType();
             column.is_array = true;
         }

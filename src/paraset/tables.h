@@ -6,6 +6,15 @@
 
 namespace FrameUtil {
 
+/// What a schema says of its columns' cells: CParaSet::getType() of them.
+namespace cell_type {
+inline constexpr int kInteger = 2;
+inline constexpr int kString = 4;
+inline constexpr int kNotValued = 5;
+inline constexpr int kDouble = 9;
+inline constexpr int kArray = 257;  // of a column's node; its cells tell the column's type
+}  // namespace cell_type
+
 /// Appends the columns and rows of `node` to `table`. 0; -3 without a table, -1 without
 /// a node or its "##RowCount" child, -2 when that reads 0. Index access on the way
 /// makes missing elements of array columns.

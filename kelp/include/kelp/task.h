@@ -77,8 +77,10 @@ struct KELP_API KelpAppOptions {
 class KELP_API KelpAppMgr {
   public:
     /// Takes the identity, connects the process to the bus and, with a procId, listens.
-    /// False, with a log line that says why, when it is initialised already, the run
-    /// directory is not safe to use, or another process has this identity.
+    /// False, with a log line that says why, when it is initialised already, or, with a
+    /// procId, the run directory is not safe to use or another process has this identity.
+    /// A client looks into the directory when it sends, and only uses sockets whose
+    /// process belongs to its own user.
     static bool Initialize(const KelpAppOptions& options);
 
     /// Whether Initialize() succeeded and Destroy() has not begun.

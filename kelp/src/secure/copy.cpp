@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 #include "kelp/secure.h"
 #include "secure/fault.h"
@@ -40,13 +41,14 @@ int CopyText(char* dest, std::size_t dest_size, const char* src, std::size_t len
     return 0;
 }
 
-}  // namespace
-
-int memcpy_s(void* dest, std::size_t dest_size, const void* src, std::size_t count) {
+// What memcpy_s and memset_s answer before they look at anything else; nothing when they
+// are to write `count` bytes, which fit.
+std::optional<int> SettledByBounds(Routine routine, void* dest, std::size_t dest_size,
+                                   std::size_t count) {
     if (dest_size > KELP_SECURE_MAX) {
         return ERANGE;
     }
-    if (const int error = InjectedError(Routine::kMemcpy); error != 0) [[unlikely]] {
+    if (const int error = InjectedError(routine); error != 0) [[unlikely]] {
         return dest == nullptr ? error : Zeroed(dest, dest_size, error);
     }
     if (count == 0) {
@@ -57,6 +59,16 @@ int memcpy_s(void* dest, std::size_t dest_size, const void* src, std::size_t cou
     }
     if (count > dest_size) {
         return Zeroed(dest, dest_size, ERANGE);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+int memcpy_s(void* dest, std::size_t dest_size, const void* src, std::size_t count) {
+    if (const std::optional<int> settled =
+            SettledByBounds(Routine::kMemcpy, dest, dest_size, count)) {
+        return *settled;
     }
     if (src == nullptr || Overlap(dest, count, src, count)) {
         return Zeroed(dest, dest_size, EINVAL);
@@ -66,20 +78,9 @@ int memcpy_s(void* dest, std::size_t dest_size, const void* src, std::size_t cou
 }
 
 int memset_s(void* dest, std::size_t dest_size, int value, std::size_t count) {
-    if (dest_size > KELP_SECURE_MAX) {
-        return ERANGE;
-    }
-    if (const int error = InjectedError(Routine::kMemset); error != 0) [[unlikely]] {
-        return dest == nullptr ? error : Zeroed(dest, dest_size, error);
-    }
-    if (count == 0) {
-        return 0;
-    }
-    if (dest == nullptr) {
-        return EINVAL;
-    }
-    if (count > dest_size) {
-        return Zeroed(dest, dest_size, ERANGE);
+    if (const std::optional<int> settled =
+            SettledByBounds(Routine::kMemset, dest, dest_size, count)) {
+        return *settled;
     }
     std::memset(dest, value, count);
     // Tells the compiler that somebody reads the bytes, however dead they look.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "support/captured_log.h"
 #include "support/platform.h"
 #include "support/raw_peer.h"
+#include "support/test_clock.h"
 
 namespace {
 
@@ -50,15 +52,18 @@ struct Call {
     void Make(Platform& platform, const Script& script) {
         RawListener listener(platform.RunDir(), kPeer, 1);
         ASSERT_TRUE(listener.Listening());
+        std::promise<void> played;
         std::thread peer([&] {
             RawPeer line = listener.Accept();
             const std::string request = line.ReceiveFrame();
             EXPECT_GE(request.size(), 50u);
             script(line, request);
+            played.set_value();
             EXPECT_TRUE(!line.Connected() || line.SeesTheEnd());
         });
         MakeAlone(platform);
-        KelpAppMgr::Destroy();  // ends the peer's wait for the end
+        played.get_future().wait();  // a call that does not wait is over before its answer
+        KelpAppMgr::Destroy();       // ends the peer's wait for the end
         peer.join();
     }
 
@@ -428,18 +433,6 @@ TEST(SynSendMsg, HandleZeroFindsTheLowestInstance) {
 }
 
 // ---- time
-
-std::atomic<std::int64_t> g_now{0};
-std::int64_t Now() {
-    return g_now.load();
-}
-
-KelpAppOptions OnTestClock() {
-    g_now = 1;
-    KelpAppOptions options;
-    options.monotonicNs = &Now;
-    return options;
-}
 
 // Time-outs of 0 and below do not wait; a peer that answers later changes nothing.
 TEST(SynSendMsg, TimeoutsThatDoNotWait) {

@@ -12,22 +12,11 @@
 #include "support/captured_log.h"
 #include "support/platform.h"
 #include "support/raw_peer.h"
+#include "support/test_clock.h"
 
 namespace {
 
 using ::testing::ElementsAre;
-
-std::atomic<std::int64_t> g_now{0};
-std::int64_t Now() {
-    return g_now.load();
-}
-
-KelpAppOptions OnTestClock() {
-    g_now = 1;
-    KelpAppOptions options;
-    options.monotonicNs = &Now;
-    return options;
-}
 
 CmdMSG* Numbered(std::uint32_t command) {
     CmdMSG* msg = KelpMsgAlloc(0);
