@@ -26,6 +26,19 @@ LIMITS = [
     ("Table: cycle, time a cell at 100,000 rows", "cycle", "10,000 rows", "<=", 1.3, 1.1),
     ("Table: heap a cell", "heap", "jsoncpp", "<=", 2.2, 1.4),
     ("Request of ten scalars, both ways", "request", "jsoncpp", "<=", 0.5, 0.15),
+    *[(f"Codec, {what}: {phase}", f"{name} {phase}", peer, "<=", must, aim)
+      for what, name in (("message of ten scalars", "message"),
+                         ("record with 1,000 structures", "records"),
+                         ("the message undescribed", "message undescribed"),
+                         ("5,000 undescribed values", "values undescribed"))
+      for phase, peer, must, aim in (("build", "jsoncpp", 0.10, 0.05),
+                                     ("build", "nlohmann_cbor", 1.0, 0.5),
+                                     ("build", "msgpack", None, 1.5),
+                                     ("parse", "jsoncpp", 0.5, 0.15),
+                                     ("parse", "nlohmann_cbor", 1.3, 0.5))],
+    *[(f"Codec, time an element, {text}: {phase}", f"growth {phase}", larger, "<=", 1.3, 1.1)
+      for text, larger in (("at depth 100", "depth 3"), ("of 100,000", "1000 elements"))
+      for phase in ("build", "parse")],
     ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
     ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
     ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
@@ -36,7 +49,11 @@ LIMITS = [
     ("8 clients, requests a second, 10 kB", "clients/10000", "zeromq", ">=", 1.5, 3),
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
-              "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows"}
+              "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
+              "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
+              "depth 3": "ours at depth 3", "1000 elements": "ours of 1,000"}
+# What ours is measured against itself: the larger of two sizes, by the smaller.
+LARGER = {"depth 3": "depth 100", "1000 elements": "100000 elements"}
 
 
 def median(values):
@@ -51,8 +68,9 @@ class Figures:
     def __init__(self, folder):
         self.values = {}
         self.octets = {}
+        self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "bus"):
+        for scenario in ("table", "request", "codec", "bus"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -81,6 +99,13 @@ class Figures:
         self._add(phase, contestant, entry["cpu_time"])
         self.octets["request/" + contestant] = int(entry["octets"])
 
+    def _codec(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        self._add(phase, contestant, entry["cpu_time"] / entry.get("elements", 1))
+        if "octets" in entry:
+            self.octets[phase + "/" + contestant] = int(entry["octets"])
+            self.allocations[phase, contestant] = entry["allocations"]
+
     def _bus(self, entry):
         phase, contestant, octets = entry["name"].split("/")[:3]
         value = entry.get("requests_per_second", entry["real_time"])
@@ -100,6 +125,8 @@ class Figures:
     def ratio(self, phase, peer):
         if peer == "10,000 rows":
             return self.of(phase, "ours@100000") / self.of(phase, "ours")
+        if peer in LARGER:
+            return self.of(phase, LARGER[peer]) / self.of(phase, peer)
         return self.of(phase, "ours") / self.of(phase, peer)
 
 
@@ -127,7 +154,7 @@ def ratio_table(figures):
                f"| {limit_text(relation, must)} | {verdict(ratio, relation, must)} "
                f"| {limit_text(AIM_RELATION[relation], aim)} "
                f"| {verdict(ratio, AIM_RELATION[relation], aim)} "
-               f"| {100 * figures.spread(phase, 'ours'):.0f} % |")
+               f"| {100 * figures.spread(phase, LARGER.get(peer, 'ours')):.0f} % |")
 
 
 def missed(figures, column):
@@ -147,6 +174,20 @@ def cell_table(figures):
         times = " | ".join(f"{figures.of(phase, name):.1f}"
                            for phase in ("build", "encode", "decode", "cycle"))
         yield f"| {name} | {times} | {figures.octets[name]} | {figures.of('heap', name):.0f} |"
+
+
+def codec_table(figures):
+    yield "| microseconds | build | parse | octets | allocations in build |"
+    yield "|---|---:|---:|---:|---:|"
+    for name in ("message", "records", "message undescribed", "values undescribed"):
+        for contestant in ("ours", "jsoncpp", "nlohmann_cbor", "msgpack"):
+            key = (name + " parse", contestant)
+            parse = f"{figures.of(*key) / 1000:.2f}" if key in figures.values else "-"
+            build = name + " build"
+            yield (f"| {name}, {PEER_NAMES.get(contestant, contestant)} "
+                   f"| {figures.of(build, contestant) / 1000:.2f} | {parse} "
+                   f"| {figures.octets[build + '/' + contestant]} "
+                   f"| {figures.allocations[build, contestant]:.0f} |")
 
 
 def bus_table(figures):
@@ -248,6 +289,16 @@ Ten named scalars to octets and back into a fresh tree: {request_ours:.0f} ns, j
 {request_jsoncpp:.0f} ns, plain copy {request_null:.0f} ns; {octets_ours} octets,
 jsoncpp {octets_jsoncpp}.
 
+## The codec
+
+A message of ten named scalars and a record with a list of 1,000 structures of five scalars,
+both by a description that both sides know, so that no names travel; then the message and
+5,000 scalars without a description, as lists of named values. Every contestant starts from
+a tree of its own kind; msgpack-cxx from its dynamic objects. Writers, readers and buffers
+are kept.
+
+{codec}
+
 ## Processes
 
 A round trip of one client has both processes on one CPU. Eight clients are eight processes
@@ -280,7 +331,7 @@ def main(folder, docs):
         many=figures.of("cycle", "ours@100000"), first=figures.of("first cycle", "ours"),
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
-        bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        codec="\n".join(codec_table(figures)), bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)
