@@ -2,6 +2,7 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <boost/asio/dispatch.hpp>
 #include <cerrno>
 
@@ -11,6 +12,7 @@ namespace kelpd {
 namespace {
 
 constexpr std::chrono::milliseconds kLinger(2000);
+constexpr std::chrono::milliseconds kHandshakeWhenStopping(1000);
 // A peer that goes on sending behind a refused request is heard out this far.
 constexpr std::size_t kMostDiscarded = std::size_t{4} << 20;
 constexpr std::string_view kContinueLine = "HTTP/1.1 100 Continue\r\n\r\n";
@@ -30,6 +32,7 @@ Session::Session(IoThread& thread, Service& service, Socket socket, std::string 
       channel_(service.tls != nullptr ? service.tls->Accept(socket_.native_handle())
                                       : MakePlainChannel(socket_.native_handle())),
       reader_(service.limits) {
+    socket_.non_blocking(true);
     thread_.Add(this);
 }
 
@@ -306,7 +309,8 @@ Io Session::StepLingering() {
 
 void Session::Stop() {
     if (phase_ == Phase::kHandshake) {
-        return Cut();
+        // The client may have sent its request already, in its view.
+        deadline_ = std::min(deadline_, Clock::now() + kHandshakeWhenStopping);
     }
     if (phase_ == Phase::kIdle) {
         // What has come meanwhile is still answered; reading ends a session that has nothing.
