@@ -58,6 +58,18 @@ const Number kGatewayNumbers[] = {
     {"threads", 0, 64, [](Config& c, std::int64_t v) { c.threads = static_cast<unsigned>(v); }},
 };
 
+// "section" or "section.name", as messages name a member.
+std::string Quoted(const std::string& section, const std::string& name = "") {
+    std::string text(1, '"');
+    text += section;
+    if (!name.empty()) {
+        text += '.';
+        text += name;
+    }
+    text += '"';
+    return text;
+}
+
 class Reader {
   public:
     Reader(Config& config, const Json::Value& root) : config_(config), root_(root) {}
@@ -71,7 +83,7 @@ class Reader {
         static const Json::Value kNone(Json::objectValue);
         const Json::Value* section = app::JsonMember(root_, name);
         if (section != nullptr && !section->isObject()) {
-            Fail("\"" + std::string(name) + "\" is no object");
+            Fail(Quoted(name) + " is no object");
         }
         return section == nullptr ? kNone : *section;
     }
@@ -85,9 +97,8 @@ class Reader {
             const auto value =
                 app::JsonInteger(Section(section), number.name, number.least, number.most);
             if (!value) {
-                Fail("\"" + std::string(section) + "." + number.name +
-                     "\" is no whole number from " + std::to_string(number.least) + " to " +
-                     std::to_string(number.most));
+                Fail(Quoted(section, number.name) + " is no whole number from " +
+                     std::to_string(number.least) + " to " + std::to_string(number.most));
             }
             number.set(config_, *value);
         }
@@ -100,7 +111,7 @@ class Reader {
         }
         const auto text = app::JsonText(Section(section), name);
         if (!text || text->find('\0') != text->npos) {
-            Fail("\"" + std::string(section) + "." + name + "\" is no text");
+            Fail(Quoted(section, name) + " is no text");
         }
         return *text;
     }
@@ -114,7 +125,7 @@ class Reader {
     void KnowsOnly(const char* section, const std::function<bool(const std::string&)>& known) {
         for (const std::string& name : Section(section).getMemberNames()) {
             if (!known(name)) {
-                Fail("unknown member \"" + std::string(section) + "." + app::ShowText(name) + "\"");
+                Fail("unknown member " + Quoted(section, app::ShowText(name)));
             }
         }
     }

@@ -20,6 +20,8 @@ struct Limits {
     std::chrono::milliseconds write{30000};   ///< for an answer to be taken
     std::chrono::milliseconds idle{60000};    ///< between two requests
     std::chrono::milliseconds stop{8000};     ///< for what runs when the stop signal comes
+
+    bool operator==(const Limits&) const = default;
 };
 
 }  // namespace kelpd

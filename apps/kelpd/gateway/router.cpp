@@ -30,7 +30,8 @@ Router::Router(std::vector<Endpoint> endpoints) {
     for (Endpoint& endpoint : endpoints) {
         Route& route = routes_.emplace_back();
         route.endpoint = std::move(endpoint);
-        for (std::string_view rest = route.endpoint.path; !rest.empty();) {
+        // "/" has no segments.
+        for (std::string_view rest = route.endpoint.path; rest.size() > 1;) {
             rest.remove_prefix(1);
             const std::size_t slash = rest.find('/');
             route.segments.push_back(rest.substr(0, slash));

@@ -5,6 +5,8 @@
 #include <boost/beast/http/error.hpp>
 #include <optional>
 
+#include "kelpd/http/chunks.h"
+
 namespace kelpd {
 namespace {
 
@@ -12,8 +14,6 @@ namespace beast = boost::beast;
 namespace http = boost::beast::http;
 
 constexpr std::string_view kHeaderEnd = "\r\n\r\n";
-// A chunk's line holds its size, and extensions that nobody uses; then come trailers.
-constexpr std::size_t kMostBetweenChunks = 4096;
 constexpr std::size_t kMostLengthDigits = 18;
 
 std::string_view View(beast::string_view text) {
@@ -26,13 +26,13 @@ struct Finding {
     const char* reason = "";
 };
 
+// Reads headers; bodies are read here, where every octet's meaning is seen.
 class Parser final : public http::basic_parser<true> {
   public:
     Parser(const Limits& limits, Request& request) : limits_(limits), request_(request) {
         // The reader measures the header; the parser's own limit would count less.
         header_limit(static_cast<std::uint32_t>(limits.header_bytes));
-        body_limit(limits.body_bytes);
-        eager(true);
+        skip(true);
     }
 
     const Finding& finding() const { return finding_; }
@@ -64,9 +64,6 @@ class Parser final : public http::basic_parser<true> {
                        error_code& ec) override {
         if (++count_ > limits_.header_count) {
             return Refuse(431, "too many header lines", ec);
-        }
-        if (is_header_done()) {
-            return;  // a trailer: nothing here asks for any
         }
         request_.headers.emplace_back(View(name), View(value));
         switch (field) {
@@ -114,7 +111,6 @@ class Parser final : public http::basic_parser<true> {
                            error_code& /*ec*/) override {}
 
     std::size_t on_body_impl(beast::string_view body, error_code& /*ec*/) override {
-        request_.body.append(body.data(), body.size());
         return body.size();
     }
 
@@ -122,8 +118,8 @@ class Parser final : public http::basic_parser<true> {
                               error_code& /*ec*/) override {}
 
     std::size_t on_chunk_body_impl(std::uint64_t /*remain*/, beast::string_view body,
-                                   error_code& ec) override {
-        return on_body_impl(body, ec);
+                                   error_code& /*ec*/) override {
+        return body.size();
     }
 
     void on_finish_impl(error_code& /*ec*/) override {}
@@ -138,10 +134,9 @@ class Parser final : public http::basic_parser<true> {
     bool expects_continue_ = false;
 };
 
+constexpr Finding kBodyTooLarge = {413, "the body is too large"};
+
 Finding FindingOf(const beast::error_code& ec) {
-    if (ec == http::error::body_limit) {
-        return {413, "the body is too large"};
-    }
     if (ec == http::error::header_limit) {
         return {431, "the header is too large"};
     }
@@ -195,27 +190,46 @@ struct RequestReader::Parts {
             return Refuse({400, "malformed header"});
         }
         parser.emplace(limits, request);
-        std::string_view text = head;
-        return Put(text);
+        beast::error_code ec;
+        parser->put(boost::asio::const_buffer(head.data(), head.size()), ec);
+        if (ec) {
+            return Refuse(parser->finding().status != 0 ? parser->finding() : FindingOf(ec));
+        }
+        return BeginBody();
     }
 
-    // Gives octets to the parser; what it used up is taken off `data`.
-    State Put(std::string_view& data) {
-        for (;;) {
-            beast::error_code ec;
-            const std::size_t used =
-                parser->put(boost::asio::const_buffer(data.data(), data.size()), ec);
-            data.remove_prefix(used);
-            if (ec && ec != http::error::need_more) {
-                return Refuse(parser->finding().status != 0 ? parser->finding() : FindingOf(ec));
-            }
-            if (parser->is_done()) {
-                return State::kComplete;
-            }
-            if (used == 0 || data.empty()) {
-                return State::kMore;
-            }
+    State BeginBody() {
+        if (parser->chunked()) {
+            chunks.emplace(limits.body_bytes);
+            return State::kMore;
         }
+        const auto length = parser->content_length();
+        missing = length ? *length : 0;
+        if (missing > limits.body_bytes) {
+            return Refuse(kBodyTooLarge);
+        }
+        return missing == 0 ? State::kComplete : State::kMore;
+    }
+
+    State ReadBody(std::string_view& data) {
+        if (!chunks) {
+            const std::size_t count = std::min<std::uint64_t>(missing, data.size());
+            request.body.append(data.substr(0, count));
+            data.remove_prefix(count);
+            missing -= count;
+            return missing == 0 ? State::kComplete : State::kMore;
+        }
+        switch (chunks->Feed(data, request.body)) {
+            case ChunkReader::State::kMore:
+                return State::kMore;
+            case ChunkReader::State::kDone:
+                return State::kComplete;
+            case ChunkReader::State::kTooLarge:
+                return Refuse(kBodyTooLarge);
+            case ChunkReader::State::kMalformed:
+                break;
+        }
+        return Refuse({400, "malformed chunk"});
     }
 
     State Run(std::string_view data) {
@@ -224,10 +238,7 @@ struct RequestReader::Parts {
             state = ReadHeader(data);
         }
         if (state == State::kMore && parser && !data.empty()) {
-            state = Put(data);
-            if (state == State::kMore && data.size() > kMostBetweenChunks) {
-                state = Refuse({400, "malformed chunk"});
-            }
+            state = ReadBody(data);
         }
         rest = state == State::kRefused ? std::string_view() : data;
         return state;
@@ -237,8 +248,10 @@ struct RequestReader::Parts {
     Request request;
     std::string head;  // what the request's views point into
     std::optional<Parser> parser;
-    std::string held;       // octets that no parser has taken yet
-    std::string_view rest;  // what Run left over
+    std::optional<ChunkReader> chunks;
+    std::uint64_t missing = 0;  // octets of a body of known length
+    std::string held;           // octets that nobody has taken yet
+    std::string_view rest;      // what Run left over
     int blank_lines = 0;
     bool continued = false;
     RequestReader::Refusal refused;
@@ -263,6 +276,7 @@ RequestReader::State RequestReader::Feed(std::string_view octets) {
 RequestReader::State RequestReader::Next() {
     Parts& parts = *parts_;
     parts.parser.reset();
+    parts.chunks.reset();
     parts.head.clear();
     parts.request.method = {};
     parts.request.raw_target = {};

@@ -65,7 +65,8 @@ void RequireEmpty(const std::string& target) {
 Staging::Staging(const std::string& target) : target_(AbsoluteTarget(target)) {
     RequireEmpty(target_);
     const fs::path path(target_);
-    folder_ = (path.parent_path() / ("." + path.filename().string() + ".kelpd-init.XXXXXX"));
+    folder_ = path.parent_path().string();
+    folder_.append("/.").append(path.filename().string()).append(".kelpd-init.XXXXXX");
     if (::mkdtemp(folder_.data()) == nullptr) {
         const std::string name = path.parent_path().string();
         folder_.clear();
@@ -83,7 +84,7 @@ Staging::~Staging() {
 void Staging::MakeFolder(const std::string& path, mode_t mode) {
     std::string made = folder_;
     for (const fs::path& name : fs::path(path)) {
-        made += "/" + name.string();
+        made.append("/").append(name.string());
         // Not what the caller's umask makes of it: the modes are part of the installation.
         if (::mkdir(made.c_str(), 0700) == 0 ? ::chmod(made.c_str(), 0755) != 0 : errno != EEXIST) {
             Fail(made);
