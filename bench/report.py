@@ -47,6 +47,9 @@ LIMITS = [
     ("8 clients, requests a second, 100 octets", "clients/100", "zeromq", ">=", 1.5, 3),
     ("8 clients, requests a second, 10 kB", "clients/10000", "unix", ">=", 0.35, 0.8),
     ("8 clients, requests a second, 10 kB", "clients/10000", "zeromq", ">=", 1.5, 3),
+    ("kelpd: GET over TLS, requests a second", "gateway rate", "nginx", ">=", 0.5, 0.9),
+    ("kelpd: GET over TLS, 99th percentile", "gateway p99_ms", "nginx", "<=", 2, 1.1),
+    ("kelpd: GET over TLS, CPU a request", "gateway cpu_us", "nginx", "<=", 2, 1.1),
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
               "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
@@ -70,7 +73,7 @@ class Figures:
         self.octets = {}
         self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "codec", "bus"):
+        for scenario in ("table", "request", "codec", "bus", "kelpd"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -112,6 +115,11 @@ class Figures:
         self._add(phase + "/" + octets, contestant, value)
         if "cpu_us" in entry:
             self._add("cpu/" + octets, contestant, entry["cpu_us"])
+
+    def _kelpd(self, entry):
+        phase, contestant = entry["name"].split("/")
+        for figure in ("rate", "p99_ms", "cpu_us"):
+            self._add(f"{phase} {figure}", contestant, entry[figure])
 
     def of(self, phase, contestant):
         return median(self.values[phase, contestant])
@@ -201,6 +209,15 @@ def bus_table(figures):
         calls = " | ".join(f"{figures.syscalls[name + '/' + n]['total']:g}"
                            for n in ("100", "10000"))
         yield f"| {PEER_NAMES.get(name, name)} | {trips} | {cpu} | {rates} | {calls} |"
+
+
+def gateway_table(figures):
+    yield "| | requests/s | 99th percentile, ms | CPU a request, us |"
+    yield "|---|---:|---:|---:|"
+    for name in ("ours", "nginx"):
+        yield (f"| {name} | {figures.of('gateway rate', name):.0f} "
+               f"| {figures.of('gateway p99_ms', name):.2f} "
+               f"| {figures.of('gateway cpu_us', name):.1f} |")
 
 
 def calls_text(figures):
@@ -312,6 +329,15 @@ together, counted by strace without pinning.
 
 {calls}
 
+## The gateway
+
+GET of a small body over TLS 1.3 on kept connections, with client certificates required and an
+access log written, while 500 further connections are idle. Eight clients of ab have one
+processor, the server has the other and one thread; the contestants take turns. CPU is the
+server's, which other processes on the same processor do not stretch.
+
+{gateway}
+
 ## The machine
 
 {machine}
@@ -332,6 +358,7 @@ def main(folder, docs):
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
         codec="\n".join(codec_table(figures)), bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        gateway="\n".join(gateway_table(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)

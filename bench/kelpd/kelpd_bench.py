@@ -148,6 +148,7 @@ def measure(root, port, pid, folder):
 
 def main():
     os.environ["KELPD"] = os.path.abspath(sys.argv[1])
+    load_average = list(os.getloadavg())
     repetitions = int(sys.argv[3]) if len(sys.argv) > 3 else 9
     soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
     resource.setrlimit(resource.RLIMIT_NOFILE, (max(soft, min(hard, 4096)), hard))
@@ -172,9 +173,11 @@ def main():
         for _ in range(repetitions):
             for name, (port, pid) in contestants.items():
                 figures[name].append(measure(root, port, pid, root.folder))
+        entries = [{"name": f"gateway/{name}", "run_type": "iteration", **entry}
+                   for name, rounds in figures.items() for entry in rounds]
         with open(sys.argv[2], "w", encoding="utf-8") as file:
-            json.dump({"context": {"load_avg": list(os.getloadavg()), "idle": IDLE,
-                                   "clients": CLIENTS}, "figures": figures}, file, indent=1)
+            json.dump({"context": {"load_avg": load_average}, "benchmarks": entries}, file,
+                      indent=1)
         for name, rounds in figures.items():
             middle = {key: sorted(entry[key] for entry in rounds)[len(rounds) // 2]
                       for key in rounds[0]}
