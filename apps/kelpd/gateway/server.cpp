@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <iostream>
@@ -24,6 +25,7 @@ constexpr std::size_t kSpareConnections = 32;  // that are told that there are t
 constexpr std::size_t kHealthConnections = 16;
 constexpr std::size_t kOtherDescriptors = 32;  // the log, pollers, listeners
 constexpr int kWarnDays = 30;
+constexpr std::chrono::milliseconds kHealthStop(500);
 
 void Say(const std::string& text) {
     LogProcess::Info(text, LocationInfo("kelpd", "serve", 0));
@@ -94,11 +96,14 @@ class Server {
 
     int Run() {
         std::vector<std::thread> running;
-        for (Threads* threads : {&threads_, &health_threads_}) {
-            for (const auto& thread : *threads) {
-                running.emplace_back([&thread = *thread] { thread.Run(); });
-            }
+        serving_ = threads_.size();
+        for (const auto& thread : threads_) {
+            running.emplace_back([this, &thread = *thread] {
+                thread.Run();
+                boost::asio::post(context_, [this] { Ended(); });
+            });
         }
+        running.emplace_back([this] { health_threads_.front()->Run(); });
         WaitForSignal();
         gateway_listener_.Start();
         health_listener_.Start();
@@ -140,23 +145,28 @@ class Server {
         });
     }
 
-    // The gateway's sessions end first; the health is told until they have. Whatever is not
-    // over when the time is up is cut.
+    // Requests that run are answered; what is not over when the time is up is cut.
     void Stop() {
         Say("stopping: requests that run are answered");
         NotifySupervisor("STOPPING=1");
         gateway_listener_.Close();
         gateway_.stopping = true;
-        const auto deadline = IoThread::Clock::now() + limits_.stop;
         for (const auto& thread : threads_) {
-            thread->Stop(deadline);
+            thread->Stop(IoThread::Clock::now() + limits_.stop);
         }
-        health_listener_.Close();
-        health_.stopping = true;
-        health_threads_.front()->Stop(deadline);
         // A second signal ends the process at once, as it would without a handler.
         signals_.clear();
         std::signal(SIGHUP, SIG_IGN);
+    }
+
+    // The health is told for as long as the gateway has a session.
+    void Ended() {
+        if (--serving_ > 0) {
+            return;
+        }
+        health_listener_.Close();
+        health_.stopping = true;
+        health_threads_.front()->Stop(IoThread::Clock::now() + kHealthStop);
     }
 
     const Config& config_;
@@ -169,6 +179,7 @@ class Server {
     Service health_;
     Threads threads_;
     Threads health_threads_;
+    std::size_t serving_ = 0;  // threads of the gateway that have not ended
     boost::asio::io_context context_{1};
     Listener<boost::asio::ip::tcp> gateway_listener_;
     Listener<boost::asio::local::stream_protocol> health_listener_;
@@ -179,7 +190,10 @@ class Server {
 
 int Serve(const Config& config) {
     std::signal(SIGPIPE, SIG_IGN);
-    for (const std::string& folder : {config.root, config.root + "/etc", config.run_folder}) {
+    // Whoever may write to one of these can put files of its own in the place of ours.
+    const auto parent = [](const std::string& file) { return file.substr(0, file.rfind('/')); };
+    for (const std::string& folder : {config.root, config.root + "/etc", parent(config.key_file),
+                                      parent(config.ca_file), config.run_folder}) {
         RequireOwnFolder(folder);
     }
     Server server(config);

@@ -38,23 +38,6 @@ class SignalsHeld {
     sigset_t before_{};
 };
 
-// A path as it stands in a URL that stands in a JSON text.
-std::string UrlPath(const std::string& path) {
-    constexpr std::string_view kPlain =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/-._~";
-    constexpr char kHex[] = "0123456789ABCDEF";
-    std::string url;
-    for (const char c : path) {
-        const auto octet = static_cast<unsigned char>(c);
-        if (kPlain.find(c) != kPlain.npos) {
-            url += c;
-        } else {
-            url += {'%', kHex[octet >> 4], kHex[octet & 15]};
-        }
-    }
-    return url;
-}
-
 std::string ShellWord(const std::string& text) {
     std::string word = "'";
     for (const char c : text) {
@@ -71,7 +54,7 @@ void RequireHosts(const std::vector<std::string>& hosts) {
     }
 }
 
-std::map<std::string, std::string> Values(const InitOptions& options, const std::string& target) {
+std::map<std::string, std::string> Values(const InitOptions& options) {
     std::string node = "localhost";
     std::string addresses = "{\"IP\": \"127.0.0.1\"}";
     for (const std::string& host : options.hosts) {
@@ -84,7 +67,6 @@ std::map<std::string, std::string> Values(const InitOptions& options, const std:
     return {{"port", std::to_string(options.port)},
             {"node", node},
             {"node-addresses", addresses},
-            {"oss-url", UrlPath(target + "/oss")},
             {"version", KELPD_VERSION}};
 }
 
@@ -109,7 +91,7 @@ void Init(const InitOptions& options, std::ostream& out) {
     RequireHosts(options.hosts);
     const SignalsHeld held;
     Staging staging(options.folder);
-    const auto values = Values(options, staging.target());
+    const auto values = Values(options);
     for (const Template& file : Templates()) {
         staging.Write(std::string(file.path), Fill(file.text, values),
                       file.path == kPrivate ? 0600 : 0644);

@@ -1,5 +1,6 @@
 """What no two readers would read alike is refused, and nothing behind it is looked at."""
 
+import re
 import unittest
 
 from support.kelpd import GROUPS, KelpdTest, get, statuses
@@ -14,6 +15,12 @@ def post(headers, body=b""):
 
 def chunked(body):
     return post(b"Transfer-Encoding: chunked\r\n", body)
+
+
+def resident_octets(server):
+    """The most memory that the process has had."""
+    with open(f"/proc/{server.process.pid}/status", encoding="ascii") as file:
+        return int(re.search(r"VmHWM:\s+(\d+) kB", file.read()).group(1)) * 1024
 
 
 CASES = [
@@ -81,7 +88,8 @@ CASES = [
 class MalformedTest(KelpdTest):
     # The request behind the malformed one is what an attacker would smuggle in.
     def test_refused_and_closed(self):
-        self.serve()
+        server = self.serve()
+        before = resident_octets(server)
         for name, status, octets in CASES:
             with self.subTest(name):
                 answer = self.ask(octets + get("/smuggled"))
@@ -89,6 +97,7 @@ class MalformedTest(KelpdTest):
                 self.assertIn(b"Connection: close", answer)
         self.assert_serves()
         self.assertNotIn("smuggled", self.root.log())
+        self.assertLess(resident_octets(server) - before, 64 << 20)
 
     # The largest that is allowed, of each kind.
     def test_at_the_limit(self):

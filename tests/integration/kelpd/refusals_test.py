@@ -132,7 +132,7 @@ class RefusalsTest(KelpdTest):
         self.refused(5, "server.crt is of no use: certificate has expired")
 
     def test_folders_that_others_may_write_to(self):
-        for folder in ("", "etc", "var/run"):
+        for folder in ("", "etc", "etc/ssl", "var/run"):
             path = self.root.path(folder).rstrip("/")
             before = os.stat(path).st_mode
             os.chmod(path, 0o777)

@@ -48,6 +48,7 @@ class StopTest(KelpdTest):
                 self.assertEqual(read_answer(idle)[0], 200)
                 self.stop_begins(server, number)
                 self.assertEqual(read_to_end(idle), b"")
+                self.assertEqual(self.root.health("/healthz"), (503, b"stopping\n"))
                 for i, connection in enumerate(running):
                     connection.sendall(whole[i % 2][-2:])
                     answer = read_to_end(connection)

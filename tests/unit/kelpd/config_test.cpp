@@ -25,7 +25,7 @@ TEST(Config, NewRootSpellsTheDefaultsOut) {
     std::string text;
     for (const Template& file : Templates()) {
         if (file.path == "oss/etc/kelp.json") {
-            text = Fill(file.text, {{"port", "18443"}, {"oss-url", "/r"}});
+            text = Fill(file.text, {{"port", "18443"}});
         }
     }
     const Config written = ParseConfig("/r", text);
