@@ -20,6 +20,13 @@ constexpr std::chrono::milliseconds kSweepEvery(100);
 
 IoThread::IoThread() : work_(boost::asio::make_work_guard(context_)), sweep_(context_) {}
 
+// A session's socket belongs to the context: none may be left when that goes.
+IoThread::~IoThread() {
+    for (const auto& session : All()) {
+        session->Cut();
+    }
+}
+
 void IoThread::Run() {
     Sweep();
     for (;;) {
@@ -27,15 +34,26 @@ void IoThread::Run() {
             context_.run();
             return;
         } catch (const std::exception& e) {
-            // The connection whose turn it was ends with what waited for it; the others go on.
-            LogProcess::Error(kThreadFault, std::string("a connection was given up: ") + e.what(),
+            // What the turn was for is lost; the connections go on.
+            LogProcess::Error(kThreadFault, std::string("a turn failed: ") + e.what(),
                               LocationInfo("kelpd", "gateway", 0));
         }
     }
 }
 
-void IoThread::Add(Session* session) {
-    sessions_.insert(session);
+void IoThread::Add(std::shared_ptr<Session> session) {
+    Session* const key = session.get();
+    sessions_.emplace(key, std::move(session));
+}
+
+// What is done with a session may remove it.
+std::vector<std::shared_ptr<Session>> IoThread::All() const {
+    std::vector<std::shared_ptr<Session>> all;
+    all.reserve(sessions_.size());
+    for (const auto& [key, session] : sessions_) {
+        all.push_back(session);
+    }
+    return all;
 }
 
 void IoThread::Remove(Session* session) {
@@ -47,9 +65,7 @@ void IoThread::Stop(Clock::time_point deadline) {
     boost::asio::post(context_, [this, deadline] {
         stopping_ = true;
         cut_at_ = deadline;
-        // Stopping a session may remove it.
-        const std::vector<Session*> all(sessions_.begin(), sessions_.end());
-        for (Session* session : all) {
+        for (const auto& session : All()) {
             session->Stop();
         }
         FinishIfDone();
@@ -57,24 +73,21 @@ void IoThread::Stop(Clock::time_point deadline) {
 }
 
 void IoThread::Sweep() {
-    const Clock::time_point now = Clock::now();
-    const std::vector<Session*> all(sessions_.begin(), sessions_.end());
-    for (Session* session : all) {
-        if (now >= cut_at_) {
-            session->Cut();
-        } else {
-            session->CheckDeadline(now);
-        }
-    }
-    if (stopping_ && sessions_.empty()) {
-        return;
-    }
+    // First, so that no failure below ends the sweeping.
     sweep_.expires_after(kSweepEvery);
     sweep_.async_wait([this](const boost::system::error_code& error) {
         if (!error) {
             Sweep();
         }
     });
+    const Clock::time_point now = Clock::now();
+    for (const auto& session : All()) {
+        if (now >= cut_at_) {
+            session->Cut();
+        } else {
+            session->CheckDeadline(now);
+        }
+    }
 }
 
 void IoThread::FinishIfDone() {

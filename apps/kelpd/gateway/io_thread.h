@@ -7,7 +7,9 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
-#include <unordered_set>
+#include <memory>
+#include <unordered_map>
+#include <vector>
 
 namespace kelpd {
 
@@ -18,6 +20,7 @@ class IoThread {
     using Clock = std::chrono::steady_clock;
 
     IoThread();
+    ~IoThread();
     IoThread(const IoThread&) = delete;
     IoThread& operator=(const IoThread&) = delete;
 
@@ -28,17 +31,18 @@ class IoThread {
     void Stop(Clock::time_point deadline);
 
     boost::asio::io_context& context() { return context_; }
-    void Add(Session* session);
+    /// The thread keeps the session until it is removed.
+    void Add(std::shared_ptr<Session> session);
     void Remove(Session* session);
     /// Room to read into, for whoever runs just now.
     std::array<char, 16384>& scratch() { return scratch_; }
 
   private:
+    std::vector<std::shared_ptr<Session>> All() const;
     void Sweep();
     void FinishIfDone();
 
-    // The sessions are held by what waits in the context, which therefore goes first.
-    std::unordered_set<Session*> sessions_;
+    std::unordered_map<Session*, std::shared_ptr<Session>> sessions_;
     std::array<char, 16384> scratch_;
     bool stopping_ = false;
     Clock::time_point cut_at_ = Clock::time_point::max();

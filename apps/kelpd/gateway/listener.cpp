@@ -53,7 +53,12 @@ void Listener<Protocol>::Accept() {
         if (error == boost::asio::error::operation_aborted || !acceptor_.is_open()) {
             return;
         }
-        Accepted(error, std::move(socket));
+        try {
+            Accepted(error, std::move(socket));
+        } catch (const std::exception& e) {
+            service_.faults.Warn(std::string("a connection is given up: ") + e.what());
+            PauseThenAccept();
+        }
     });
 }
 

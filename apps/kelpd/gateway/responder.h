@@ -5,12 +5,14 @@
 //     }
 //
 // It may be kept and used later, from any thread: a request that waits for something costs a
-// connection and no thread. A responder that goes unused answers 500.
+// connection and no thread. A responder that goes unused answers 500. One that outlives its
+// connection does nothing, and does not keep the connection.
 //
 // thread-compatible
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include "kelpd/http/response.h"
 
@@ -26,24 +28,24 @@ class Asker {
 
 class Responder {
   public:
-    explicit Responder(std::shared_ptr<Asker> asker) : asker_(std::move(asker)) {}
+    explicit Responder(std::weak_ptr<Asker> asker) : asker_(std::move(asker)) {}
     Responder(Responder&&) noexcept = default;
     Responder& operator=(Responder&&) = delete;
     ~Responder() {
-        if (asker_) {
-            asker_->TakeAnswer(Response::Error(500, "the request was not answered"));
+        if (const auto asker = asker_.lock()) {
+            asker->TakeAnswer(Response::Error(500, "the request was not answered"));
         }
     }
 
     /// Only the first call has an effect.
     void Send(Response response) {
-        if (const auto asker = std::move(asker_)) {
+        if (const auto asker = std::exchange(asker_, {}).lock()) {
             asker->TakeAnswer(std::move(response));
         }
     }
 
   private:
-    std::shared_ptr<Asker> asker_;
+    std::weak_ptr<Asker> asker_;
 };
 
 }  // namespace kelpd

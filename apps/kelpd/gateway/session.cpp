@@ -33,14 +33,10 @@ Session::Session(IoThread& thread, Service& service, Socket socket, std::string 
                                       : MakePlainChannel(socket_.native_handle())),
       reader_(service.limits) {
     socket_.non_blocking(true);
-    thread_.Add(this);
-}
-
-Session::~Session() {
-    Close();
 }
 
 void Session::Start() {
+    thread_.Add(shared_from_this());
     Enter(Phase::kHandshake);
     Pump();
 }
@@ -84,8 +80,13 @@ void Session::Pump() {
     }
     pumping_ = true;
     Io io = Io::kDone;
-    while (io == Io::kDone && !closed_) {
-        io = Step();
+    try {
+        while (io == Io::kDone && !closed_) {
+            io = Step();
+        }
+    } catch (const std::exception& e) {
+        service_.faults.Warn(Where() + " is given up: " + e.what());
+        Close();
     }
     pumping_ = false;
     if (!closed_ && (io == Io::kWantRead || io == Io::kWantWrite)) {
@@ -212,7 +213,7 @@ void Session::Dispatch() {
         return Answer(response, request.keep_alive);
     }
     try {
-        found.endpoint->handler(request, Responder(shared_from_this()));
+        found.endpoint->handler(request, Responder(weak_from_this()));
     } catch (const std::exception& e) {
         // The responder went with the exception, and has answered already.
         service_.faults.Warn(Where() + ": " + std::string(found.endpoint->path) + ": " + e.what());
@@ -318,19 +319,16 @@ void Session::Stop() {
         boost::system::error_code ignored;
         socket_.cancel(ignored);
         ready_ = true;
-        const auto self = shared_from_this();
         Pump();
     }
 }
 
 void Session::Cut() {
-    const auto self = shared_from_this();
     Close();
 }
 
 void Session::CheckDeadline(Clock::time_point now) {
     if (now >= deadline_) {
-        const auto self = shared_from_this();
         Expire();
     }
 }
@@ -375,6 +373,7 @@ void Session::EndQuietly() {
     Close();
 }
 
+// The object goes when its caller lets go of it: everybody who enters a session holds it.
 void Session::Close() {
     if (closed_) {
         return;
@@ -382,6 +381,7 @@ void Session::Close() {
     closed_ = true;
     boost::system::error_code ignored;
     socket_.close(ignored);
+    ticket_ = Admission::Ticket();
     thread_.Remove(this);
 }
 

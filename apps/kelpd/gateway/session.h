@@ -1,7 +1,7 @@
 // kelpd/gateway/session.h - one connection, from its handshake to its end.
 //
-// It is always at one of the phases below; every phase but kHandling has a deadline. What it
-// waits for, a socket that can be read or written or an endpoint's answer, holds the object.
+// It is always at one of the phases below; every phase but kHandling has a deadline. Its thread
+// keeps it until it is closed.
 //
 // one thread: its IoThread's, except TakeAnswer.
 #pragma once
@@ -20,10 +20,10 @@ class Session final : public Asker, public std::enable_shared_from_this<Session>
   public:
     using Socket = boost::asio::generic::stream_protocol::socket;
 
-    /// A connection that was let in by `verdict`, kServe or kAnswerBusy.
+    /// A connection that was let in by `verdict`, kServe or kAnswerBusy. Nothing happens before
+    /// Start.
     Session(IoThread& thread, Service& service, Socket socket, std::string peer,
             Admission::Ticket ticket, Admission::Verdict verdict);
-    ~Session() override;
 
     void Start();
     /// Ends now if no request is under way, else when it is answered.
@@ -69,7 +69,7 @@ class Session final : public Asker, public std::enable_shared_from_this<Session>
     Service& service_;
     Socket socket_;
     const std::string peer_;
-    const Admission::Ticket ticket_;
+    Admission::Ticket ticket_;
     const bool busy_;
     std::unique_ptr<Channel> channel_;
     RequestReader reader_;

@@ -42,7 +42,7 @@ void Require(bool done, const char* what) {
 }
 
 Key NewKey() {
-    Key key(EVP_EC_gen("P-256"));
+    Key key(EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", "P-256"));
     Require(key != nullptr, "no key");
     return key;
 }
