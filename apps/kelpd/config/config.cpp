@@ -70,9 +70,9 @@ std::string Quoted(const std::string& section, const std::string& name = "") {
     return text;
 }
 
-class Reader {
+class SettingsReader {
   public:
-    Reader(Config& config, const Json::Value& root) : config_(config), root_(root) {}
+    SettingsReader(Config& config, const Json::Value& root) : config_(config), root_(root) {}
 
     [[noreturn]] void Fail(const std::string& what) const {
         throw Refusal(kConfiguration, config_.file + ": " + what);
@@ -152,7 +152,7 @@ Config ParseConfig(const std::string& root, std::string_view text) {
     if (!document || !document->isObject()) {
         throw Refusal(kConfiguration, config.file + ": " + (document ? "no JSON object" : why));
     }
-    Reader reader(config, *document);
+    SettingsReader reader(config, *document);
     reader.KnowsOnly("limits", [](const std::string& name) { return Names(kLimits, name); });
     reader.KnowsOnly("gateway", [](const std::string& name) {
         return name == "baseUrl" || name == "listen" || Names(kGatewayNumbers, name);

@@ -20,7 +20,7 @@ void NotifySupervisor(std::string_view state) {
         return;
     }
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, name);
+    std::memcpy(address.sun_path, name, std::strlen(name) + 1);
     if (*name == '@') {
         address.sun_path[0] = '\0';  // a name of the kernel's, in no file system
     }

@@ -78,7 +78,7 @@ TlsContext::TlsContext(const Config& config) : context_(SSL_CTX_new(TLS_server_m
     SSL_CTX_set_client_CA_list(context_, SSL_load_client_CA_file(config.ca_file.c_str()));
     SSL_CTX_set_verify(context_, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
     days_left_ = DaysLeft(SSL_CTX_get0_certificate(context_));
-    guard.release();
+    static_cast<void>(guard.release());
 }
 
 TlsContext::~TlsContext() {
