@@ -160,7 +160,8 @@ TYPED_TEST(ReadNumber, WithoutACellStays) {
 }
 
 TEST(CursorRead, WithoutACellOtherTargetsStay) {
-    Probe table = Row({});
+    Probe table = Row({1});
+    table.GetRow(0)->clear();
     TEValue value("v");
     refl::CValue plain = TEValue("v");
     refl::CBinary binary("v", 1);
