@@ -215,13 +215,20 @@ class FRAMEUTIL_API CBMSTableObject {
     std::int32_t m_iSortType = -1;
 
   private:
+    // Where a column is looked up by its name. A name's place among the slots follows from
+    // its octets; if that is taken, the next free slot is used.
+    struct ColSlot {
+        std::uint64_t head = 0, tail = 0;  // the name's first and last octets
+        std::uint32_t size = 0;
+        std::int32_t col = -1;  // -1: the slot is free
+    };
+    std::size_t PlaceOf(const ColSlot& key, std::string_view name) const noexcept;
     int LookUp(std::string_view name) const noexcept;
-    void IndexCols(std::size_t from) noexcept;
-    void IndexAllCols() noexcept;
+    bool IndexCol(std::size_t col) noexcept;
+    void IndexCols() noexcept;
 
-    // Where names are looked up: a slot holds a column's index, -1 none. The place of a
-    // name follows from its octets; the next free one is taken.
-    std::vector<std::int32_t> m_vecColSlots;
+    std::vector<ColSlot> m_vecColSlots;  // a power of two, at least twice the columns
+    std::uint64_t m_iColFactor = 1;      // chosen so that few names share a place
 };
 
 /// A table with a read cursor and a declared type for each column.

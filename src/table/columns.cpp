@@ -1,70 +1,17 @@
 // Columns: their names, and finding one by its name at a cost that does not grow with their
 // number.
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
 #include "frameutil/table.h"
+#include "table/look_up.h"
 
 namespace FrameUtil {
 
 namespace {
 
-template <typename Word>
-std::uint64_t Load(const char* from) noexcept {
-    Word word;
-    std::memcpy(&word, from, sizeof word);
-    return word;
-}
-
-constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15;
-
-std::uint64_t Mix(std::uint64_t sum, std::uint64_t word) noexcept {
-    sum = (sum ^ word) * kMultiplier;
-    return sum ^ sum >> 32;
-}
-
-// Most names are short: up to 16 octets take two loads, which overlap in the middle.
-std::uint64_t PlaceOf(std::string_view name) noexcept {
-    const std::size_t size = name.size();
-    const char* const begin = name.data();
-    std::uint64_t sum = size;
-    if (size >= 8) {
-        for (std::size_t at = 8; at + 8 < size; at += 8) {
-            sum = Mix(sum, Load<std::uint64_t>(begin + at));
-        }
-        return Mix(sum + Load<std::uint64_t>(begin) * 3, Load<std::uint64_t>(begin + size - 8));
-    }
-    if (size >= 4) {
-        return Mix(sum, Load<std::uint32_t>(begin) << 32 | Load<std::uint32_t>(begin + size - 4));
-    }
-    if (size == 0) {
-        return 0;
-    }
-    return Mix(sum, Load<std::uint8_t>(begin) | Load<std::uint8_t>(begin + size / 2) << 8 |
-                        Load<std::uint8_t>(begin + size - 1) << 16);
-}
-
-bool Equal(const std::string& left, std::string_view right) noexcept {
-    const std::size_t size = right.size();
-    if (left.size() != size) {
-        return false;
-    }
-    // As above; only longer names are worth the call of a function.
-    const char* const a = left.data();
-    const char* const b = right.data();
-    if (size > 16) {
-        return std::memcmp(a, b, size) == 0;
-    }
-    if (size >= 8) {
-        return ((Load<std::uint64_t>(a) ^ Load<std::uint64_t>(b)) |
-                (Load<std::uint64_t>(a + size - 8) ^ Load<std::uint64_t>(b + size - 8))) == 0;
-    }
-    if (size >= 4) {
-        return ((Load<std::uint32_t>(a) ^ Load<std::uint32_t>(b)) |
-                (Load<std::uint32_t>(a + size - 4) ^ Load<std::uint32_t>(b + size - 4))) == 0;
-    }
-    return std::equal(a, a + size, b);
-}
+// Up to so many columns, factors are tried until all have places of their own.
+constexpr std::size_t kManyCols = 64;
 
 }  // namespace
 
@@ -85,6 +32,7 @@ CBMSTableObject& CBMSTableObject::operator=(const CBMSTableObject& other) {
         m_vecColNames.swap(copy.m_vecColNames);
         m_vecRows.swap(copy.m_vecRows);
         m_vecColSlots.swap(copy.m_vecColSlots);
+        m_iColFactor = copy.m_iColFactor;
         m_iSortType = copy.m_iSortType;
     }
     return *this;
@@ -92,51 +40,55 @@ CBMSTableObject& CBMSTableObject::operator=(const CBMSTableObject& other) {
 
 CBMSTableObject::~CBMSTableObject() = default;
 
-int CBMSTableObject::LookUp(std::string_view name) const noexcept {
-    if (m_vecColSlots.empty()) {
-        return -1;
-    }
+// Of equal names the first one gets a slot. Returns whether the column has its own place.
+bool CBMSTableObject::IndexCol(std::size_t col) noexcept {
+    const std::string& name = m_vecColNames[col];
+    ColSlot key;
+    table::FillKey(key, name);
     const std::size_t mask = m_vecColSlots.size() - 1;
-    for (std::size_t slot = PlaceOf(name) & mask;; slot = (slot + 1) & mask) {
-        const std::int32_t col = m_vecColSlots[slot];
-        if (col < 0 || Equal(m_vecColNames[static_cast<std::size_t>(col)], name)) {
-            return col;
+    const std::size_t place = PlaceOf(key, name);
+    std::size_t at = place;
+    while (m_vecColSlots[at].col >= 0) {
+        if (m_vecColNames[static_cast<std::size_t>(m_vecColSlots[at].col)] == name) {
+            return true;
         }
+        at = (at + 1) & mask;
     }
+    key.col = static_cast<std::int32_t>(col);
+    m_vecColSlots[at] = key;
+    return at == place;
 }
 
-// Of equal names the first one gets the slot. Slots suffice, so nothing is allocated.
-void CBMSTableObject::IndexCols(std::size_t from) noexcept {
-    const std::size_t mask = m_vecColSlots.size() - 1;
-    for (std::size_t col = from; col < m_vecColNames.size(); ++col) {
-        std::size_t slot = PlaceOf(m_vecColNames[col]) & mask;
-        while (m_vecColSlots[slot] >= 0 &&
-               m_vecColNames[static_cast<std::size_t>(m_vecColSlots[slot])] != m_vecColNames[col]) {
-            slot = (slot + 1) & mask;
+// Slots suffice, so nothing is allocated. A few factors are tried: one that gives every name
+// a place of its own makes a look-up a single comparison.
+void CBMSTableObject::IndexCols() noexcept {
+    constexpr int kTries = 16;
+    std::size_t shared = 1;
+    for (int round = 0; round < kTries && shared != 0; ++round) {
+        m_iColFactor = m_iColFactor * 0xD1342543DE82EF95 + 0x9E3779B97F4A7C14;
+        std::fill(m_vecColSlots.begin(), m_vecColSlots.end(), ColSlot());
+        shared = 0;
+        for (std::size_t col = 0; col < m_vecColNames.size(); ++col) {
+            shared += IndexCol(col) ? 0 : 1;
         }
-        if (m_vecColSlots[slot] < 0) {
-            m_vecColSlots[slot] = static_cast<std::int32_t>(col);
+        if (m_vecColNames.size() > kManyCols) {
+            break;  // of many some always share
         }
     }
-}
-
-void CBMSTableObject::IndexAllCols() noexcept {
-    std::fill(m_vecColSlots.begin(), m_vecColSlots.end(), -1);
-    IndexCols(0);
 }
 
 void CBMSTableObject::AppendCol(std::string name) {
-    // At most every second slot is taken, so that a search ends soon.
-    const std::size_t needed = 2 * (m_vecColNames.size() + 1);
-    if (needed > m_vecColSlots.size()) {
-        const std::size_t size = std::max<std::size_t>(16, 2 * m_vecColSlots.size());
-        std::vector<std::int32_t> slots(size, -1);
-        m_vecColNames.reserve(size / 2);
+    const std::size_t cols = m_vecColNames.size() + 1;
+    if (2 * cols > m_vecColSlots.size()) {
+        std::vector<ColSlot> slots(std::max<std::size_t>(16, 4 * m_vecColSlots.size()));
+        m_vecColNames.reserve(slots.size() / 2);
         m_vecColSlots.swap(slots);
-        IndexCols(0);
+        IndexCols();
     }
     m_vecColNames.push_back(std::move(name));
-    IndexCols(m_vecColNames.size() - 1);
+    if (!IndexCol(cols - 1) && cols <= kManyCols) {
+        IndexCols();
+    }
 }
 
 void CBMSTableObject::RemoveCols() noexcept {
@@ -164,7 +116,7 @@ int CBMSTableObject::DeleteCol(const char* name) {
         return -2;
     }
     m_vecColNames.erase(m_vecColNames.begin() + col);
-    IndexAllCols();
+    IndexCols();
     return 0;
 }
 
@@ -178,7 +130,7 @@ int CBMSTableObject::SetColName(int col, const char* name) {
     }
     std::string copy(name);  // also when the name given is the one that goes
     m_vecColNames[static_cast<std::size_t>(col)].swap(copy);
-    IndexAllCols();
+    IndexCols();
     return 0;
 }
 

@@ -1,4 +1,5 @@
-// Rows and cells.
+// Rows as wholes.
+#include <algorithm>
 #include <climits>
 #include <stdexcept>
 
@@ -77,32 +78,6 @@ int CBMSTableObject::Initilize(int rows, int /*unused*/) {
         m_vecRows[at].resize(cols);
     }
     return 0;
-}
-
-int CBMSTableObject::SetCellValue(int col, int row, const TEValue& value) {
-    Row* const cells = GetRow(row);
-    if (cells == nullptr || col < 0 || static_cast<std::size_t>(col) >= m_vecColNames.size() ||
-        static_cast<std::size_t>(col) >= cells->size()) {
-        return -1;
-    }
-    (*cells)[static_cast<std::size_t>(col)].ReadFrom(value);
-    return 0;
-}
-
-int CBMSTableObject::SetCellValue(const char* col, int row, const TEValue& value) {
-    return SetCellValue(FindCol(col), row, value);
-}
-
-const TEValue& CBMSTableObject::GetCellValue(int col, int row) const noexcept {
-    const Row* const cells = GetRowEx(row);
-    if (cells == nullptr || col < 0 || static_cast<std::size_t>(col) >= m_vecColNames.size()) {
-        return table::kEmptyCell;
-    }
-    return table::CellAt(*cells, col);
-}
-
-const TEValue& CBMSTableObject::GetCellValue(const char* col, int row) const noexcept {
-    return GetCellValue(FindCol(col), row);
 }
 
 }  // namespace FrameUtil
