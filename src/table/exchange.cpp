@@ -91,55 +91,59 @@ std::vector<KeyColumn> RankColumns(const Rows& rows, std::vector<int> keyCols) {
 template <typename Rank, std::size_t kFurther>
 Order WalkRanks(const Ranking& whole, const std::vector<const Ranking*>& further) {
     const std::size_t rows = whole.rank.size();
-    const std::size_t count = 1 + further.size();
-    // What stands at each position, and what each rank as a whole means in the other keys.
+    const std::size_t count = kFurther == 0 ? 1 + further.size() : 1 + kFurther;
+    // What stands at each position, and by rank as a whole what that is in each key.
     std::vector<Lane<Rank>> lanes(count, Lane<Rank>(rows));
-    std::vector<std::vector<Rank>> key_of(count, std::vector<Rank>(whole.distinct));
+    std::vector<Rank> keys(whole.distinct * count);
     for (std::size_t row = 0; row < rows; ++row) {
         const std::uint32_t rank = whole.rank[row];
         for (std::size_t k = 0; k < count; ++k) {
             const auto key = static_cast<Rank>(k == 0 ? rank : further[k - 1]->rank[row]);
-            lanes[k][row] = key;
-            key_of[k][rank] = key;
+            lanes[k].data()[row] = key;
+            keys[rank * count + k] = key;
         }
     }
-    std::vector<AtMost<Rank>> conditions;
-    for (const Lane<Rank>& lane : lanes) {
-        conditions.push_back({lane.data(), 0});
+    std::vector<AtMost<Rank>> conditions(count);
+    std::vector<Rank*> standing;
+    for (std::size_t k = 0; k < count; ++k) {
+        standing.push_back(lanes[k].data());
+        conditions[k].ranks = lanes[k].data();
     }
     constexpr std::size_t kCount = kFurther == 0 ? 0 : 1 + kFurther;
     Order order;
     order.reserve(rows);
     for (std::size_t at = 0; at < rows; ++at) {
-        auto in_hand = static_cast<std::size_t>(lanes[0][at]);
-        const auto bind = [&] {
-            conditions[0].bound = static_cast<Rank>(in_hand - 1);
+        const Rank* in_hand = &keys[static_cast<std::size_t>(standing[0][at]) * count];
+        for (std::size_t next = at; *in_hand != 0;) {
+            conditions[0].bound = static_cast<Rank>(in_hand[0] - 1);
             for (std::size_t k = 1; k < count; ++k) {
-                conditions[k].bound = key_of[k][in_hand];
+                conditions[k].bound = in_hand[k];
             }
-        };
-        bind();
-        for (std::size_t next = at; in_hand != 0;) {
             next = FindFirst<Rank, kCount>(conditions.data(), count, next + 1, rows);
             if (next == rows) {
                 break;
             }
-            const auto found = static_cast<std::size_t>(lanes[0][next]);
+            const Rank* const found = &keys[static_cast<std::size_t>(standing[0][next]) * count];
             for (std::size_t k = 0; k < count; ++k) {
-                lanes[k][next] = key_of[k][in_hand];
+                standing[k][next] = in_hand[k];
             }
             in_hand = found;
-            bind();
         }
-        order.push_back(static_cast<std::uint32_t>(in_hand));
+        order.push_back(static_cast<std::uint32_t>(*in_hand));
     }
     return order;
 }
 
 template <typename Rank>
 Order WalkRanks(const Ranking& whole, const std::vector<const Ranking*>& further) {
-    return further.size() == 1 ? WalkRanks<Rank, 1>(whole, further)
-                               : WalkRanks<Rank, 0>(whole, further);
+    switch (further.size()) {
+        case 1:
+            return WalkRanks<Rank, 1>(whole, further);
+        case 2:
+            return WalkRanks<Rank, 2>(whole, further);
+        default:
+            return WalkRanks<Rank, 0>(whole, further);
+    }
 }
 
 // Whether rows that are greater as wholes are at least as great in every key.
@@ -192,7 +196,7 @@ Order WalkRows(std::size_t rows, const std::vector<KeyColumn>& columns) {
     const auto put = [&](std::size_t at, std::uint32_t row) {
         order[at] = row;
         for (std::size_t lane = 0; lane < lanes.size(); ++lane) {
-            lanes[lane][at] = static_cast<Rank>(rankings[lane]->rank[row]);
+            lanes[lane].data()[at] = static_cast<Rank>(rankings[lane]->rank[row]);
         }
     };
     for (std::size_t row = 0; row < rows; ++row) {

@@ -1,15 +1,21 @@
 // Finding the next row that a row is exchanged with: the first one, from a position on, whose
 // rank in each of some lanes is at most a bound. A lane holds a rank for each position.
 //
-// Ranks are compared many at a time, which is why they are narrow: sixteen bits hold those of
-// 32,767 different keys.
+// A sort asks this once for every exchange and every row, and the answer is mostly a hundred
+// or so positions away. So ranks are narrow, sixteen bits for up to 32,767 different keys, and
+// compared many at a time; and there is one branch a block, since each that cannot be
+// foreseen costs as much as comparing a block.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <vector>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace FrameUtil::table {
 
@@ -19,91 +25,105 @@ class Lane {
   public:
     /// Ranks are from 0 to below this number.
     static constexpr std::uint32_t kRanks = std::numeric_limits<Rank>::max();
+    /// Positions that are looked at in one go; as many behind the last hold a rank that is
+    /// beyond every bound.
+    static constexpr std::size_t kBlock = 32;
 
     explicit Lane(std::size_t positions)
         : m_ranks(positions + kBlock, std::numeric_limits<Rank>::max()) {}
 
-    Rank& operator[](std::size_t position) { return m_ranks[position]; }
-    const Rank* data() const { return m_ranks.data(); }
-
-    /// Positions that are looked at in one go; as many behind the last hold a rank beyond
-    /// every bound.
-    static constexpr std::size_t kBlock = 128 / sizeof(Rank);
+    Rank* data() { return m_ranks.data(); }
 
   private:
     std::vector<Rank> m_ranks;
 };
 
-/// One condition of the search: in `ranks`, at most `bound`.
+/// One condition of the search: in the lane at `ranks`, at most `bound`.
 template <typename Rank>
 struct AtMost {
-    const Rank* ranks;
-    Rank bound;
+    const Rank* ranks = nullptr;
+    Rank bound = 0;
 };
+
+/// The first position from `from` to below `end` where all `count` conditions hold, else
+/// `end`. This is what FindFirst() does, too, and all of it where there is no wider way.
+template <typename Rank>
+std::size_t FindFirstPlainly(const AtMost<Rank>* conditions, std::size_t count, std::size_t from,
+                             std::size_t end) {
+    for (; from < end; ++from) {
+        bool holds = true;
+        for (std::size_t k = 0; k < count; ++k) {
+            holds &= conditions[k].ranks[from] <= conditions[k].bound;
+        }
+        if (holds) {
+            break;
+        }
+    }
+    return from;
+}
+
+#ifdef __SSE2__
 
 namespace lanes {
 
-template <typename Rank>
-struct VectorOf {
-    typedef Rank type __attribute__((vector_size(16)));
-};
-
-// All bits of an element are set where every condition holds.
-template <typename Rank>
-inline typename VectorOf<Rank>::type Holding(const AtMost<Rank>* conditions, std::size_t count,
-                                             std::size_t position) {
-    using Vector = typename VectorOf<Rank>::type;
-    Vector holds = ~Vector{};
-    for (std::size_t k = 0; k < count; ++k) {
-        Vector ranks;
-        std::memcpy(&ranks, conditions[k].ranks + position, sizeof ranks);
-        holds &= ranks <= conditions[k].bound;
-    }
-    return holds;
+inline __m128i Load(const void* from) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(from));
 }
 
-struct Halves {
-    std::uint64_t low, high;
-};
+// Of the two vectors behind `ranks`, all bits of the elements above `bound`; those of a whole
+// block, eight or sixteen bits each, narrowed until there is a byte for each element.
+inline __m128i Above(const std::int16_t* ranks, __m128i bounds) {
+    return _mm_packs_epi16(_mm_cmpgt_epi16(Load(ranks), bounds),
+                           _mm_cmpgt_epi16(Load(ranks + 8), bounds));
+}
+inline __m128i Above(const std::int32_t* ranks, __m128i bounds) {
+    const auto pack = [&](const std::int32_t* four) {
+        return _mm_packs_epi32(_mm_cmpgt_epi32(Load(four), bounds),
+                               _mm_cmpgt_epi32(Load(four + 4), bounds));
+    };
+    return _mm_packs_epi16(pack(ranks), pack(ranks + 8));
+}
 
-template <typename Vector>
-inline Halves HalvesOf(Vector vector) {
-    Halves halves;
-    std::memcpy(&halves, &vector, sizeof halves);
-    return halves;
+inline __m128i Spread(std::int16_t bound) {
+    return _mm_set1_epi16(bound);
+}
+inline __m128i Spread(std::int32_t bound) {
+    return _mm_set1_epi32(bound);
 }
 
 }  // namespace lanes
 
-/// The first position from `from` to below `end` where all `count` conditions hold, else
-/// `end`. `kCount` is `count` where that is known when compiling, else 0.
+/// `kCount` is `count` where that is known when compiling, else 0. The conditions' lanes have
+/// `end` positions.
 template <typename Rank, std::size_t kCount>
-std::size_t FindFirst(const AtMost<Rank>* conditions, std::size_t count, std::size_t from,
-                      std::size_t end) {
-    using Vector = typename lanes::VectorOf<Rank>::type;
-    constexpr std::size_t kElements = sizeof(Vector) / sizeof(Rank);
-    const std::size_t used = kCount == 0 ? count : kCount;
+inline std::size_t FindFirst(const AtMost<Rank>* conditions, std::size_t count, std::size_t from,
+                             std::size_t end) {
     for (; from < end; from += Lane<Rank>::kBlock) {
-        Vector any{};
-        for (std::size_t at = from; at < from + Lane<Rank>::kBlock; at += kElements) {
-            any |= lanes::Holding(conditions, used, at);
+        __m128i low = _mm_setzero_si128();
+        __m128i high = low;
+        for (std::size_t k = 0; k < (kCount == 0 ? count : kCount); ++k) {
+            const Rank* const ranks = conditions[k].ranks + from;
+            const __m128i bound = lanes::Spread(conditions[k].bound);
+            low = _mm_or_si128(low, lanes::Above(ranks, bound));
+            high = _mm_or_si128(high, lanes::Above(ranks + 16, bound));
         }
-        const lanes::Halves found = lanes::HalvesOf(any);
-        if ((found.low | found.high) == 0) {
-            continue;
-        }
-        for (std::size_t at = from;; at += kElements) {
-            const lanes::Halves here = lanes::HalvesOf(lanes::Holding(conditions, used, at));
-            constexpr unsigned kBits = 8 * sizeof(Rank);
-            if (here.low != 0) {
-                return at + static_cast<unsigned>(__builtin_ctzll(here.low)) / kBits;
-            }
-            if (here.high != 0) {
-                return at + (64 + static_cast<unsigned>(__builtin_ctzll(here.high))) / kBits;
-            }
+        const auto above = static_cast<std::uint32_t>(_mm_movemask_epi8(low)) |
+                           static_cast<std::uint32_t>(_mm_movemask_epi8(high)) << 16;
+        if (~above != 0) {
+            return from + static_cast<std::size_t>(std::countr_one(above));
         }
     }
     return end;
 }
+
+#else
+
+template <typename Rank, std::size_t kCount>
+inline std::size_t FindFirst(const AtMost<Rank>* conditions, std::size_t count, std::size_t from,
+                             std::size_t end) {
+    return FindFirstPlainly(conditions, count, from, end);
+}
+
+#endif
 
 }  // namespace FrameUtil::table
