@@ -397,7 +397,9 @@ def main(folder, docs):
         many=figures.of("cycle", "ours@100000"), first=figures.of("first cycle", "ours"),
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
-        codec="\n".join(codec_table(figures)), bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        codec="\n".join(codec_table(figures)), sorts="\n".join(sort_table(figures)),
+        cell_access=cells_text(figures), bus="\n".join(bus_table(figures)),
+        calls="\n".join(calls_text(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)
