@@ -22,7 +22,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <optional>
+#include <numeric>
 #include <stdexcept>
 #include <utility>
 
@@ -180,45 +180,51 @@ Order OrderByRanks(std::vector<KeyColumn> columns) {
     return order;
 }
 
-// The walk over rows whose columns hold cells of several kinds.
+// The walk over rows whose columns hold cells of several kinds. Half of all rows may be
+// exchanged in every pass, so what a row is in each lane lies together, and the next row is
+// looked at by itself before a whole block is.
 Order WalkRows(std::size_t rows, const std::vector<KeyColumn>& columns) {
     using Rank = std::int32_t;
-    std::vector<const Ranking*> rankings;    // of all columns
-    std::vector<std::size_t> first_ranking;  // by column
+    std::vector<const Ranking*> rankings;  // of all columns; a lane each
+    std::vector<std::size_t> first_lane;   // by column
     for (const KeyColumn& column : columns) {
-        first_ranking.push_back(rankings.size());
+        first_lane.push_back(rankings.size());
         for (const Ranking& ranking : column.rankings) {
             rankings.push_back(&ranking);
         }
     }
-    std::vector<Lane<Rank>> lanes(rankings.size(), Lane<Rank>(rows));
-    Order order(rows);
-    const auto put = [&](std::size_t at, std::uint32_t row) {
-        order[at] = row;
-        for (std::size_t lane = 0; lane < lanes.size(); ++lane) {
-            lanes[lane].data()[at] = static_cast<Rank>(rankings[lane]->rank[row]);
+    const std::size_t count = rankings.size();
+    std::vector<Lane<Rank>> lanes(count, Lane<Rank>(rows));
+    std::vector<Rank*> standing;
+    std::vector<Rank> keys(rows * count);
+    for (std::size_t k = 0; k < count; ++k) {
+        standing.push_back(lanes[k].data());
+        for (std::size_t row = 0; row < rows; ++row) {
+            standing[k][row] = keys[row * count + k] = static_cast<Rank>(rankings[k]->rank[row]);
         }
-    };
-    for (std::size_t row = 0; row < rows; ++row) {
-        put(row, static_cast<std::uint32_t>(row));
     }
+    Order order(rows);
+    std::iota(order.begin(), order.end(), 0U);
     std::vector<AtMost<Rank>> conditions(columns.size());
     for (std::size_t at = 0; at < rows; ++at) {
         std::uint32_t in_hand = order[at];
-        for (std::size_t next = at;;) {
+        for (std::size_t next = at + 1; next < rows; ++next) {
+            const Rank* const key = &keys[in_hand * count];
             for (std::size_t k = 0; k < columns.size(); ++k) {
                 const std::vector<std::uint8_t>& kind = columns[k].ranking_of_row;
-                const std::size_t lane = first_ranking[k] + (kind.empty() ? 0U : kind[in_hand]);
-                conditions[k] = {lanes[lane].data(),
-                                 static_cast<Rank>(rankings[lane]->rank[in_hand])};
+                const std::size_t lane = first_lane[k] + (kind.empty() ? 0U : kind[in_hand]);
+                conditions[k] = {standing[lane], key[lane]};
             }
-            next = FindFirst<Rank, 0>(conditions.data(), conditions.size(), next + 1, rows);
-            if (next == rows) {
-                break;
+            if (FindFirstPlainly(conditions.data(), conditions.size(), next, next + 1) != next) {
+                next = FindFirst<Rank, 0>(conditions.data(), conditions.size(), next + 1, rows);
+                if (next == rows) {
+                    break;
+                }
             }
-            const std::uint32_t found = order[next];
-            put(next, in_hand);
-            in_hand = found;
+            for (std::size_t k = 0; k < count; ++k) {
+                standing[k][next] = key[k];
+            }
+            std::swap(order[next], in_hand);
         }
         order[at] = in_hand;
     }

@@ -57,16 +57,16 @@ TEST(TableColumns, AddColOnATableWithRows) {
 TEST(TableColumns, DeleteCol) {
     const struct {
         const char* cols_before;
-        bool rows;
         const char* name;
-        int result;
         const char* cols;
+        int result;
+        bool rows;
     } cases[] = {
-        {"abc", false, "b", 0, "a c"},    {"abc", false, "a", 0, "b c"},
-        {"abc", false, "c", 0, "a b"},    {"aba", false, "a", 0, "b a"},
-        {"abc", false, "d", -2, "a b c"}, {"abc", false, nullptr, -2, "a b c"},
-        {"", false, "a", -2, ""},         {"abc", true, "a", -1, "a b c"},
-        {"abc", true, "d", -1, "a b c"},  {"abc", true, nullptr, -1, "a b c"},
+        {"abc", "b", "a c", 0, false},    {"abc", "a", "b c", 0, false},
+        {"abc", "c", "a b", 0, false},    {"aba", "a", "b a", 0, false},
+        {"abc", "d", "a b c", -2, false}, {"abc", nullptr, "a b c", -2, false},
+        {"", "a", "", -2, false},         {"abc", "a", "a b c", -1, true},
+        {"abc", "d", "a b c", -1, true},  {"abc", nullptr, "a b c", -1, true},
     };
     for (const auto& step : cases) {
         SCOPED_TRACE(std::string(step.cols_before) + (step.rows ? " with rows, " : ", ") +
@@ -106,14 +106,13 @@ TEST(TableColumns, FindColOfNothing) {
 TEST(TableColumns, SetColName) {
     CBMSTableObject table(std::vector<std::string>{"a", "b", "c"});
     const struct {
-        int col;
+        int col, result;
         const char* name;
-        int result;
         const char* cols;
     } cases[] = {
-        {1, "B", 0, "a B c"},        {3, "d", -1, "a B c"},       {-1, "d", -1, "a B c"},
-        {INT_MAX, "d", -1, "a B c"}, {INT_MIN, "d", -1, "a B c"}, {1, nullptr, -1, "a B c"},
-        {2, "a", 0, "a B a"},        {0, "x", 0, "x B a"},        {1, "", 0, "x  a"},
+        {1, 0, "B", "a B c"},        {3, -1, "d", "a B c"},       {-1, -1, "d", "a B c"},
+        {INT_MAX, -1, "d", "a B c"}, {INT_MIN, -1, "d", "a B c"}, {1, -1, nullptr, "a B c"},
+        {2, 0, "a", "a B a"},        {0, 0, "x", "x B a"},        {1, 0, "", "x  a"},
     };
     for (const auto& step : cases) {
         EXPECT_EQ(table.SetColName(step.col, step.name), step.result) << step.cols;

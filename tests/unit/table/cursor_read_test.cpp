@@ -9,7 +9,6 @@
 namespace {
 
 using namespace std::string_literals;
-namespace Enum = refl::Enum;
 
 // A table of one row, the cursor on its first cell.
 Probe Row(const std::vector<TEValue>& cells) {
