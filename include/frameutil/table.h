@@ -225,11 +225,13 @@ class FRAMEUTIL_API CBMSTableObject {
     };
     std::size_t PlaceOf(const ColSlot& key, std::string_view name) const noexcept;
     int LookUp(std::string_view name) const noexcept;
+    int LookUpFrom(std::size_t place, const ColSlot& key, std::string_view name) const noexcept;
     bool IndexCol(std::size_t col) noexcept;
     void IndexCols() noexcept;
 
     std::vector<ColSlot> m_vecColSlots;  // a power of two, at least twice the columns
     std::uint64_t m_iColFactor = 1;      // chosen so that few names share a place
+    unsigned m_iColShift = 0;            // by which a product becomes a place
 };
 
 /// A table with a read cursor and a declared type for each column.

@@ -1,6 +1,7 @@
 // Columns: their names, and finding one by its name at a cost that does not grow with their
 // number.
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "frameutil/table.h"
@@ -33,12 +34,26 @@ CBMSTableObject& CBMSTableObject::operator=(const CBMSTableObject& other) {
         m_vecRows.swap(copy.m_vecRows);
         m_vecColSlots.swap(copy.m_vecColSlots);
         m_iColFactor = copy.m_iColFactor;
+        m_iColShift = copy.m_iColShift;
         m_iSortType = copy.m_iSortType;
     }
     return *this;
 }
 
 CBMSTableObject::~CBMSTableObject() = default;
+
+int CBMSTableObject::LookUpFrom(std::size_t place, const ColSlot& key,
+                                std::string_view name) const noexcept {
+    const std::size_t mask = m_vecColSlots.size() - 1;
+    for (std::size_t at = place; m_vecColSlots[at].col >= 0; at = (at + 1) & mask) {
+        const ColSlot& slot = m_vecColSlots[at];
+        if (slot.head == key.head && slot.tail == key.tail && slot.size == key.size &&
+            m_vecColNames[static_cast<std::size_t>(slot.col)] == name) {
+            return slot.col;
+        }
+    }
+    return -1;
+}
 
 // Of equal names the first one gets a slot. Returns whether the column has its own place.
 bool CBMSTableObject::IndexCol(std::size_t col) noexcept {
@@ -83,6 +98,7 @@ void CBMSTableObject::AppendCol(std::string name) {
         std::vector<ColSlot> slots(std::max<std::size_t>(16, 4 * m_vecColSlots.size()));
         m_vecColNames.reserve(slots.size() / 2);
         m_vecColSlots.swap(slots);
+        m_iColShift = static_cast<unsigned>(std::countl_zero(m_vecColSlots.size() - 1));
         IndexCols();
     }
     m_vecColNames.push_back(std::move(name));

@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstring>
+#include <string_view>
 
 #include "frameutil/table.h"
 
@@ -48,29 +49,23 @@ inline std::size_t CBMSTableObject::PlaceOf(const ColSlot& key,
         sum ^= sum >> 32;
     }
     // The highest bits of a product depend on all bits of both factors.
-    return static_cast<std::size_t>(sum * m_iColFactor >>
-                                    std::countl_zero(m_vecColSlots.size() - 1));
+    return static_cast<std::size_t>(sum * m_iColFactor >> m_iColShift);
 }
 
+// Nearly every name that a column has is short and in its own place.
 inline int CBMSTableObject::LookUp(std::string_view name) const noexcept {
     if (m_vecColSlots.empty()) {
         return -1;
     }
     ColSlot key;
     table::FillKey(key, name);
-    const std::size_t mask = m_vecColSlots.size() - 1;
-    for (std::size_t at = PlaceOf(key, name);; at = (at + 1) & mask) {
-        const ColSlot& slot = m_vecColSlots[at];
-        const bool equal =
-            ((slot.head ^ key.head) | (slot.tail ^ key.tail) | (slot.size ^ key.size)) == 0;
-        if (slot.col < 0) {
-            return -1;
-        }
-        if (equal && (name.size() <= table::kKnownByKey ||
-                      m_vecColNames[static_cast<std::size_t>(slot.col)] == name)) {
-            return slot.col;
-        }
+    const std::size_t place = PlaceOf(key, name);
+    const ColSlot& slot = m_vecColSlots[place];
+    if (((slot.head ^ key.head) | (slot.tail ^ key.tail) | (slot.size ^ key.size)) == 0 &&
+        name.size() <= table::kKnownByKey) {
+        return slot.col;  // -1 of a free slot, which is like one of the empty name
     }
+    return LookUpFrom(place, key, name);
 }
 
 }  // namespace FrameUtil
