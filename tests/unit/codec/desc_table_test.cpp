@@ -16,6 +16,7 @@
 
 #include "support/captured_log.h"
 #include "support/codec.h"
+#include "support/quiet_log.h"
 
 namespace FrameUtil {
 
@@ -286,11 +287,10 @@ TEST(DescTable, AMillionLines) {
 
 TEST(DescTable, ManyLinesThatHoldNothing) {
     constexpr int kLines = 20'000;
-    kelp::log::SetLevel(kelp::log::Level::kOff);  // standard error need not have them all
+    const QuietLog quiet;  // standard error need not have them all
     CapturedLog log;
     DescReport report;
     CodecOf(support::Repeat("1 2 3\n", kLines), &report);
-    kelp::log::SetLevel(kelp::log::Level::kInfo);
     EXPECT_EQ(log.Count(FoundError(0, 3)), static_cast<std::size_t>(kLines));
     ASSERT_EQ(report.rejected.size(), static_cast<std::size_t>(kLines));
     EXPECT_EQ(report.rejected.back().number, kLines);
