@@ -232,6 +232,17 @@ TEST(DescTable, WithoutAFileToReadTheTableIsEmpty) {
     }
 }
 
+TEST(DescTable, AReportIsOfTheLastFileOnly) {
+    DescReport report;
+    CEndeCode("/nowhere", &report);
+    EXPECT_EQ(report.error, ENOENT);
+    CodecOf("1 2 3\n", &report);
+    EXPECT_EQ(report.error, 0);
+    EXPECT_EQ(report.rejected.size(), 1u);
+    CodecOf("", &report);
+    EXPECT_THAT(report.rejected, IsEmpty());
+}
+
 // With no table every structured value is an empty sequence and is read without children.
 TEST(DescTable, AnEmptyTableCodesEmptyStructures) {
     const auto codec = CodecOf("");
