@@ -11,12 +11,12 @@
 namespace app {
 namespace {
 
-Json::CharReaderBuilder StrictBuilder() {
+Json::CharReaderBuilder StrictBuilder(int depth) {
     Json::CharReaderBuilder builder;
     Json::CharReaderBuilder::strictMode(&builder.settings_);
     // A scalar is a value too: an argument may be written as one.
     builder["strictRoot"] = false;
-    builder["stackLimit"] = kJsonLimitDepth;
+    builder["stackLimit"] = depth;
     return builder;
 }
 
@@ -61,9 +61,10 @@ std::optional<Json::Value> Refuse(std::string* why, std::string reason) {
 
 }  // namespace
 
-std::optional<Json::Value> ParseJson(std::string_view text, std::string* why) {
-    if (text.size() > kJsonLimitBytes) {
-        return Refuse(why, "JSON longer than " + std::to_string(kJsonLimitBytes) + " bytes");
+std::optional<Json::Value> ParseJson(std::string_view text, std::string* why,
+                                     const JsonLimits& limits) {
+    if (text.size() > limits.bytes) {
+        return Refuse(why, "JSON longer than " + std::to_string(limits.bytes) + " bytes");
     }
     if (const std::size_t bad = InvalidUtf8At(text); bad != std::string_view::npos) {
         return Refuse(why, "malformed JSON: not UTF-8 at byte " + std::to_string(bad));
@@ -74,7 +75,7 @@ std::optional<Json::Value> ParseJson(std::string_view text, std::string* why) {
     Json::Value value;
     std::string complaint;
     try {
-        const std::unique_ptr<Json::CharReader> reader(StrictBuilder().newCharReader());
+        const std::unique_ptr<Json::CharReader> reader(StrictBuilder(limits.depth).newCharReader());
         if (reader->parse(text.data(), text.data() + text.size(), &value, &complaint)) {
             return value;
         }
