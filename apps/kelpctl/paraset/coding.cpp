@@ -66,6 +66,31 @@ bool AllRowsAreThere(CParaSet& root, std::string& why) {
     return RowsAreThere(root, path, why);
 }
 
+// All of a tree: its own copying leaves out what is absent.
+void CopyTree(CParaSet& from, CParaSet& to) {
+    to.SetName(from.name());
+    to.SetDesc(from.GetDesc());
+    const CParaSet::ValueType type = from.type();
+    if (type == CParaSet::PARA_ARRAY) {
+        for (CParaSet* child : from.GetVctValue()) {
+            to.GetVctValue().push_back(nullptr);
+            if (child != nullptr) {
+                CopyTree(*child, *(to.GetVctValue().back() = new CParaSet("")));
+            }
+        }
+    } else if (type == CParaSet::PARA_STRUCT) {
+        for (const auto& [key, child] : from.GetMapValue()) {
+            CParaSet*& entry = to.GetMapValue()[key];
+            if (child != nullptr) {
+                CopyTree(*child, *(entry = new CParaSet("")));
+            }
+        }
+    } else {
+        to = from;
+    }
+    to.SetType(type);
+}
+
 template <class Record>
 bool EncodeRecord(CParaSet& tree, std::string& octets, std::string& why) {
     if (tree.type() != CParaSet::PARA_STRUCT) {
@@ -76,9 +101,12 @@ bool EncodeRecord(CParaSet& tree, std::string& octets, std::string& why) {
     if (!AllRowsAreThere(tree, why)) {
         return false;
     }
+    // Writing makes nodes where it finds none; what was meant stays as it was.
+    CParaSet copy(kRootName);
+    CopyTree(tree, copy);
     Record record;
     AsnBuffer out;
-    Convert(tree, record);
+    Convert(copy, record);
     if (!AsnEncode(record, out, kMostOctets)) {
         why = "$: takes more than " + std::to_string(kMostOctets) + " octets";
         return false;
@@ -102,16 +130,23 @@ bool DecodeRecord(std::string_view octets, CParaSet& tree, std::string& why) {
     return true;
 }
 
-// A key whose only item is a list is read without the structure around it. A list that is
-// given for it is therefore the list itself.
+// A key whose only item is a list is read as that list, without the structure around it
+// that build() writes.
+const DescItem* SoleList(const std::vector<DescItem>& items, const Form& form) {
+    const bool sole = form.kind == Form::Kind::kCodec && form.desc == -1 && form.tag == -1 &&
+                      items.size() == 1 && items.front().type == codec_type::kList;
+    return sole ? &items.front() : nullptr;
+}
+
+// The arguments to write with: a list that is given for such a key is the list itself.
 Form WrittenForm(const CEndeCode& codec, const Form& form, const CParaSet& tree) {
     if (form.kind == Form::Kind::kUndescribed) {
         return FormOfValue(tree);
     }
-    if (tree.type() == CParaSet::PARA_ARRAY && form.desc == -1 && form.tag == -1) {
+    if (tree.type() == CParaSet::PARA_ARRAY) {
         const std::vector<DescItem> items = codec.findDesc(form.type);
-        if (items.size() == 1 && items.front().type == codec_type::kList) {
-            return {form.kind, items.front().type, items.front().desc, items.front().tag};
+        if (const DescItem* list = SoleList(items, form)) {
+            return {form.kind, list->type, list->desc, list->tag};
         }
     }
     return form;
@@ -175,8 +210,14 @@ bool ReadsBack(const CEndeCode& codec, const Form& form, const std::string& octe
     }
     const bool described = form.kind == Form::Kind::kCodec || form.kind == Form::Kind::kUndescribed;
     const auto loss = FirstLoss(meant, read, described ? Nulls::kVanish : Nulls::kStay);
-    why = loss ? loss->Line() : "";
-    return !loss;
+    if (!loss) {
+        return true;
+    }
+    why = loss->Line();
+    if (meant.type() == CParaSet::PARA_STRUCT && SoleList(codec.findDesc(form.type), form)) {
+        why += "; its only member is all that is read: give that list itself";
+    }
+    return false;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "kelpctl/paraset/elements.h"
 #include "kelpctl/paraset/octets_text.h"
 #include "kelpctl/paraset/tree_json.h"
+#include "kelpctl/paraset/undescribed.h"
 #include "kelpctl/quiet_log.h"
 #include "kelpctl/status.h"
 #include "support/file.h"
@@ -149,6 +150,11 @@ void PrintDump(CParaSet& tree, std::ostream& out) {
     }
 }
 
+int Flushed() {
+    std::cout.flush();
+    return std::cout ? kOk : Fail(kNotWritten, "standard output cannot be written");
+}
+
 int Show(const ParaSetOptions& options, const CEndeCode& codec) {
     std::string octets;
     int status = kOk;
@@ -158,23 +164,36 @@ int Show(const ParaSetOptions& options, const CEndeCode& codec) {
     const auto refuse = [&](const std::string& why) {
         return Fail(kUnreadable, NameOfInput(options) + ": " + why);
     };
+    Form form = options.form;
+    std::string no_tree;
+    if (form.kind == Form::Kind::kUndescribed) {
+        // Octets of any origin are worth showing, also those that only a description turns
+        // into a tree.
+        form = FormOfOctets(octets, no_tree).value_or(form);
+    }
     std::cout << "  offset depth  header+contents  element\n";
-    const WalkResult walk =
-        WalkElements(codec, options.form, octets,
-                     [](const WalkedElement& element) { PrintElement(element, std::cout); });
+    const WalkResult walk = WalkElements(codec, form, octets, [](const WalkedElement& element) {
+        PrintElement(element, std::cout);
+    });
     if (walk.reason != nullptr) {
         return refuse(std::string(walk.reason) + " at offset " + std::to_string(walk.offset));
     }
+    if (walk.end != octets.size()) {
+        return refuse("octets behind the element at offset " + std::to_string(walk.end));
+    }
     CParaSet tree(kRootName);
-    std::string why;
+    std::string why = no_tree;
     std::string note;
-    if (!DecodeTree(codec, options.form, octets, tree, why, note)) {
-        return refuse(why);
+    if (!why.empty() || !DecodeTree(codec, form, octets, tree, why, note)) {
+        if (options.form.kind != Form::Kind::kUndescribed) {
+            return refuse(why);
+        }
+        std::cout << "\nno tree: " << why << '\n';
+        return Flushed();
     }
     PrintDump(tree, std::cout);
-    std::cout.flush();
     Warn(options, note);
-    return std::cout ? kOk : Fail(kNotWritten, "standard output cannot be written");
+    return Flushed();
 }
 
 }  // namespace

@@ -109,6 +109,9 @@ class Comparison {
 
     bool SameStructure(CParaSet& meant, CParaSet& read) {
         for (const auto& [key, child] : meant.GetMapValue()) {
+            if (child == nullptr && nulls_ == Nulls::kVanish) {
+                continue;
+            }
             const auto found = read.GetMapValue().find(key);
             const bool gone = found == read.GetMapValue().end() || found->second == nullptr;
             const bool empty = child == nullptr || child->isNull();
@@ -125,8 +128,9 @@ class Comparison {
             }
         }
         for (const auto& [key, child] : read.GetMapValue()) {
-            if (meant.GetMapValue().contains(key) || child == nullptr ||
-                (depth_ == 0 && IsHeader(key))) {
+            const auto known = meant.GetMapValue().find(key);
+            if ((known != meant.GetMapValue().end() && known->second != nullptr) ||
+                child == nullptr || (depth_ == 0 && IsHeader(key))) {
                 continue;
             }
             const bool empty_list =
