@@ -114,6 +114,9 @@ class Comparison {
             }
             const auto found = read.GetMapValue().find(key);
             const bool gone = found == read.GetMapValue().end() || found->second == nullptr;
+            if (child == nullptr && found != read.GetMapValue().end() && gone) {
+                continue;
+            }
             const bool empty = child == nullptr || child->isNull();
             // Writing a record makes the header values that it needs.
             if (empty && ((gone && nulls_ == Nulls::kVanish) || (depth_ == 0 && IsHeader(key)))) {
