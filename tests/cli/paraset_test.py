@@ -296,13 +296,13 @@ class ParaSetTest(ProgramTest):
 
     def test_what_a_parameter_set_cuts_is_said(self):
         cases = [
-            ((), "02 05 01 00 00 00 07", b"7\n", "1 integers cut to their low 32 bits, the first "
-             "at offset 0"),
+            ((), "02 05 01 00 00 00 07", b"7\n", "integers cut to their low 32 bits: 1, the "
+             "first at offset 0"),
             (("--desc", DESC, "--key", "2080"), "30 09 02 01 01 04 01 78 04 01 79",
-             b'{\n  "first": 1,\n  "second": "x"\n}\n', "1 elements that nothing reads, the first "
+             b'{\n  "first": 1,\n  "second": "x"\n}\n', "elements that nothing reads: 1, the first "
              "at offset 8"),
             (("--request",), "30 07 02 05 01 00 00 00 07",
-             b'{\n  "##TableCount": 0,\n  "##UserID": 7\n}\n', "1 integers cut"),
+             b'{\n  "##TableCount": 0,\n  "##UserID": 7\n}\n', "integers cut"),
         ]
         for options, octets, expected, note in cases:
             with self.subTest(octets=octets):
@@ -436,7 +436,7 @@ root.##ver:V1(string).
         _, out, err = self.kelpctl.run("paraset", "show", "--hex", "--desc", DESC, "--key", "2080",
                                        stdin=b"30 06 02 01 01 02 01 05")
         self.assertIn(b"02 INTEGER 5  (not read)\n", out)
-        self.assertIn("1 elements that nothing reads", self.one_line(err))
+        self.assertIn("elements that nothing reads: 1", self.one_line(err))
 
     def test_show_does_nothing_to_the_terminal(self):
         out = self.run_ok("show", "--hex", stdin="04 04 1b 5b 32 4a")

@@ -107,7 +107,8 @@ struct Tally {
         }
     }
     std::string Text(const char* what) const {
-        return std::to_string(count) + what + std::to_string(first);
+        return what + (": " + std::to_string(count)) + ", the first at offset " +
+               std::to_string(first);
     }
 };
 
@@ -137,11 +138,10 @@ std::string NoteOfLosses(const FrameUtil::CEndeCode& codec, const Form& form,
     });
     std::string note;
     if (unread.count != 0) {
-        note = unread.Text(" elements that nothing reads, the first at offset ");
+        note = unread.Text("elements that nothing reads");
     }
     if (wide.count != 0) {
-        note += (note.empty() ? "" : "; ") +
-                wide.Text(" integers cut to their low 32 bits, the first at offset ");
+        note += (note.empty() ? "" : "; ") + wide.Text("integers cut to their low 32 bits");
     }
     return note;
 }

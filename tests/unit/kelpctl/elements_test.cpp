@@ -149,9 +149,9 @@ TEST(NoteOfLosses, CountsWhatIsNotReadOrCut) {
         {1100, "30 03 02 01 07", ""},
         {1100, "30 06 02 04 7f ff ff ff", ""},
         {1100, "30 07 02 05 00 80 00 00 00",
-         "1 integers cut to their low 32 bits, the first at offset 2"},
+         "integers cut to their low 32 bits: 1, the first at offset 2"},
         {1100, "30 0b 80 01 05 30 03 02 01 07 02 01 07",
-         "2 elements that nothing reads, the first at offset 5"},
+         "elements that nothing reads: 2, the first at offset 5"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(NoteOfLosses(Codec(), Key(c.key), Octets(c.octets)), c.note) << c.octets;
