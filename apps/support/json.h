@@ -6,8 +6,8 @@
 //     std::optional<std::string> name = app::JsonText(*value, "name");
 //
 // The parser is strict: one document and nothing behind it, no duplicate member names,
-// no comments, no control characters in texts, valid UTF-8, at most 64 levels unless told otherwise. Reading a member never throws,
-// whatever stands there.
+// no comments, no control characters in texts, valid UTF-8, at most 64 levels unless told
+// otherwise. Reading a member never throws, whatever stands there.
 //
 // Thread rule: thread-safe.
 #pragma once

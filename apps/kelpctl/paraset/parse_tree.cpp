@@ -214,7 +214,7 @@ class TreeParser {
 
     static std::string UnknownOf(const Json::Value& object) {
         for (auto member = object.begin(); member != object.end(); ++member) {
-            const std::string key = member.name();
+            std::string key = member.name();
             const bool known = key == "$value" || key == "$name" || key == "$desc" ||
                                key.starts_with("$$") || !key.starts_with('$');
             if (!known) {
