@@ -101,8 +101,10 @@ void SortByName(Description& description) {
             description.by_name.push_back(i);
         }
     }
-    std::stable_sort(description.by_name.begin(), description.by_name.end(),
-                     [&](unsigned a, unsigned b) { return items[a].name < items[b].name; });
+    std::sort(description.by_name.begin(), description.by_name.end(), [&](unsigned a, unsigned b) {
+        const int order = items[a].name.compare(items[b].name);
+        return order != 0 ? order < 0 : a < b;
+    });
 }
 
 }  // namespace

@@ -11,13 +11,15 @@
 
 namespace {
 
+using FrameUtil::codec::IntegerOctets;
 using FrameUtil::codec::kMaxInteger;
 using FrameUtil::codec::ReadInteger;
 using FrameUtil::codec::WriteInteger;
 
 std::string Written(std::int64_t value) {
     unsigned char octets[kMaxInteger];
-    const std::size_t count = WriteInteger(value, octets);
+    const std::size_t count = IntegerOctets(value);
+    EXPECT_EQ(WriteInteger(octets, value, count), octets + count);
     return {reinterpret_cast<const char*>(octets), count};
 }
 
