@@ -32,6 +32,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
@@ -288,6 +289,26 @@ class FRAMEUTIL_API CParaSet {
     int CommonReqAsn2Para(const AsnCommonRequest& request);
     /// The same, but that a single table goes into the root whatever its name.
     int CommonRspAsn2Para(const AsnCommonResponse& response);
+
+    // ---- text for people -----------------------------------------------------------
+
+    /// Writes the whole tree to the platform's log as one error record of code 0 with many
+    /// lines. It is a dump for people: nothing parses it.
+    void display(const char* prefix);
+    /// Appends the same text to `out`: for each value a line break, the dotted path that
+    /// leads to it from `prefix` (null: this node's name), and the value:
+    ///
+    ///     cfg.ne.id:7(integer).
+    ///     cfg.ne.load:0.25(double).
+    ///     cfg.ports.0:eth0(string).       // its first 1000 octets, then "..."
+    ///     cfg.ports.1:invalid value(NULL).
+    ///     cfg.old:not valued(NULL).       // a slot or an entry without a child
+    ///     cfg.ports.##desc:physical ports
+    ///
+    /// A resource record is printed behind its path in its own form; an empty array or
+    /// structure is not seen. Doubles follow the stream's settings. `count` grows by one for
+    /// each value and each description.
+    void subDisplay(const char* prefix, std::ostringstream& out, int& count);
 
     // Nodes on the free store come from blocks that hold a child and its
     // implementation object side by side.

@@ -66,6 +66,8 @@ struct NodeAccess {
 
     /// As operator=(const std::string&).
     static void AssignText(CParaSet& node, std::string_view text);
+    /// The same with `size` octets that the caller writes.
+    static char* OverwriteText(CParaSet& node, std::size_t size);
 
     /// Destroys these nodes (nulls among them are skipped) with all that is below them,
     /// in constant stack and without allocating; the containers are left empty.

@@ -66,14 +66,29 @@ CParaSet& CParaSet::operator=(const char* value) {
     return *this;
 }
 
-void NodeAccess::AssignText(CParaSet& node, std::string_view text) {
-    CParaSetImpl& impl = Impl(node);
+namespace {
+
+void BecomeText(CParaSetImpl& impl) {
     if (impl.m_iValType != CParaSet::PARA_NULL && impl.m_iValType != CParaSet::PARA_STRING) {
         Trace("[CParaSet::operator =(const std::string strValue)], m_iValType = %d",
               static_cast<int>(impl.m_iValType));
     }
-    impl.m_strValue.assign(text);
     impl.m_iValType = CParaSet::PARA_STRING;
+}
+
+}  // namespace
+
+void NodeAccess::AssignText(CParaSet& node, std::string_view text) {
+    CParaSetImpl& impl = Impl(node);
+    impl.m_strValue.assign(text);
+    BecomeText(impl);
+}
+
+char* NodeAccess::OverwriteText(CParaSet& node, std::size_t size) {
+    CParaSetImpl& impl = Impl(node);
+    char* const octets = impl.m_strValue.Overwrite(size);
+    BecomeText(impl);
+    return octets;
 }
 
 CParaSet& CParaSet::operator=(const std::string& value) {

@@ -61,6 +61,9 @@ class KELP_API BlockText {
     /// Takes a copy of `text`, which may be a part of this one. Unchanged when it throws,
     /// as the constructor does.
     void assign(std::string_view text);
+    /// Becomes `size` octets of no particular value and returns the first, for the caller
+    /// to write. Throws as assign() does, and then the old octets are lost.
+    char* Overwrite(std::size_t size);
     /// Drops the octets; the block stays for the next ones.
     void clear() noexcept;
 

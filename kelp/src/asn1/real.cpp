@@ -169,22 +169,22 @@ double ReadDecimal(AsnReader& in, Octets content) {
     return negative ? -value : value;
 }
 
-}  // namespace
-
-void AsnReal::BEncContent(AsnBuffer& out) const {
-    const auto bits = std::bit_cast<std::uint64_t>(value_);
+// Writes the contents of `value` to where claim(how many octets they are) points.
+template <class Claim>
+std::size_t WriteContents(double value, Claim claim) {
+    const auto special = [&](unsigned char octet) {
+        *claim(1) = octet;
+        return std::size_t{1};
+    };
+    const auto bits = std::bit_cast<std::uint64_t>(value);
     const bool negative = bits >> 63 != 0;
     const auto biased = static_cast<int>(bits >> 52 & 0x7ff);
     std::uint64_t mantissa = bits & ((std::uint64_t{1} << 52) - 1);
     if (biased == 0x7ff) {
-        *out.Prepend(1) = mantissa != 0 ? kNotANumber : negative ? kMinusInfinity : kPlusInfinity;
-        return;
+        return special(mantissa != 0 ? kNotANumber : negative ? kMinusInfinity : kPlusInfinity);
     }
     if (biased == 0 && mantissa == 0) {
-        if (negative) {
-            *out.Prepend(1) = kMinusZero;
-        }
-        return;
+        return negative ? special(kMinusZero) : 0;
     }
     int exponent = -1074;
     if (biased != 0) {
@@ -199,7 +199,8 @@ void AsnReal::BEncContent(AsnBuffer& out) const {
     const unsigned zero_bits = static_cast<unsigned>(std::countl_zero(mantissa)) & 0x38U;
     const unsigned mantissa_octets = 8 - zero_bits / 8;
     const unsigned exponent_octets = exponent >= -128 && exponent <= 127 ? 1 : 2;
-    unsigned char* at = out.Prepend(1 + exponent_octets + mantissa_octets);
+    const std::size_t count = 1 + exponent_octets + mantissa_octets;
+    unsigned char* at = claim(count);
     *at++ = static_cast<unsigned char>(0x80 | (negative ? 0x40 : 0) | (exponent_octets - 1));
     if (exponent_octets == 2) {
         *at++ = static_cast<unsigned char>(static_cast<unsigned>(exponent) >> 8);
@@ -207,6 +208,17 @@ void AsnReal::BEncContent(AsnBuffer& out) const {
     *at++ = static_cast<unsigned char>(exponent);
     const std::uint64_t ordered = __builtin_bswap64(mantissa << zero_bits);
     std::memcpy(at, &ordered, mantissa_octets);
+    return count;
+}
+
+}  // namespace
+
+std::size_t AsnReal::Contents(unsigned char (&out)[kMaxOctets]) const {
+    return WriteContents(value_, [&](std::size_t) { return out; });
+}
+
+void AsnReal::BEncContent(AsnBuffer& out) const {
+    WriteContents(value_, [&](std::size_t count) { return out.Prepend(count); });
 }
 
 void AsnReal::BDecContent(AsnReader& in) {

@@ -6,6 +6,19 @@
 
 namespace kelp {
 
+namespace {
+
+// Of a block for so many octets and the zero behind them.
+std::size_t CapacityFor(std::size_t size) {
+    constexpr std::size_t kGranule = 8;  // what blocks are rounded up to anyway
+    if (size > std::numeric_limits<std::uint32_t>::max() - 2 * kGranule) {
+        throw std::length_error("block text: too long");
+    }
+    return (size + kGranule) / kGranule * kGranule;
+}
+
+}  // namespace
+
 void BlockText::assign(std::string_view text) {
     if (text.size() < capacity_) {
         if (!text.empty()) {  // an empty view may be a null pointer
@@ -17,11 +30,7 @@ void BlockText::assign(std::string_view text) {
             size_ = 0;
             return;
         }
-        constexpr std::size_t kGranule = 8;  // what blocks are rounded up to anyway
-        if (text.size() > std::numeric_limits<std::uint32_t>::max() - 2 * kGranule) {
-            throw std::length_error("block text: too long");
-        }
-        const std::size_t capacity = (text.size() + kGranule) / kGranule * kGranule;
+        const std::size_t capacity = CapacityFor(text.size());
         char* const octets = static_cast<char*>(AllocateBlock(capacity));
         std::memcpy(octets, text.data(), text.size());
         Release();
@@ -30,6 +39,23 @@ void BlockText::assign(std::string_view text) {
     }
     size_ = static_cast<std::uint32_t>(text.size());
     octets_[size_] = '\0';
+}
+
+char* BlockText::Overwrite(std::size_t size) {
+    if (size >= capacity_) {
+        Release();
+        octets_ = const_cast<char*>(kNone);
+        size_ = 0;
+        if (size == 0) {
+            return octets_;
+        }
+        const std::size_t capacity = CapacityFor(size);
+        octets_ = static_cast<char*>(AllocateBlock(capacity));
+        capacity_ = static_cast<std::uint32_t>(capacity);
+    }
+    size_ = static_cast<std::uint32_t>(size);
+    octets_[size_] = '\0';
+    return octets_;
 }
 
 void BlockText::clear() noexcept {

@@ -136,6 +136,11 @@ class KELP_API AsnReal final : public AsnCopyable<AsnReal, AsnType> {
     AsnReal(double value = 0.0) noexcept : value_(value) {}  // NOLINT(google-explicit-constructor)
     operator double() const { return value_; }               // NOLINT(google-explicit-constructor)
 
+    /// The most octets that contents are written with.
+    static constexpr std::size_t kMaxOctets = 10;
+    /// Writes the contents to `out` and returns how many octets they are.
+    std::size_t Contents(unsigned char (&out)[kMaxOctets]) const;
+
     AsnIdentifier Identifier() const override { return kAsnReal; }
     void Clear() override { value_ = 0.0; }
     void BEncContent(AsnBuffer& out) const override;

@@ -1,0 +1,32 @@
+#include <cstdlib>
+#include <string>
+
+#include "kelp/log.h"
+#include "kelp/settings.h"
+
+namespace ns_kelpsdk_wrap {
+
+std::string GetPackageRelativePath(const std::string& root, const std::string& relative) {
+    std::string path = root;
+    if (path.empty()) {
+        const char* const installation = std::getenv("OSS_ROOT");
+        if (installation == nullptr || *installation == '\0') {
+            LogProcess::Warn("[settings] OSS_ROOT is not set: there is no package " + relative,
+                             LocationInfo("settings", "GetPackageRelativePath", 0));
+            return {};
+        }
+        path = installation;
+    }
+    while (path.ends_with('/')) {
+        path.pop_back();
+    }
+    const std::size_t first = relative.find_first_not_of('/');
+    const std::size_t last = relative.find_last_not_of('/');
+    if (first != std::string::npos) {
+        path += '/';
+        path.append(relative, first, last - first + 1);
+    }
+    return path;
+}
+
+}  // namespace ns_kelpsdk_wrap

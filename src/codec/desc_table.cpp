@@ -1,0 +1,161 @@
+#include "codec/desc_table.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "frameutil/log.h"
+#include "kelp/settings.h"
+
+namespace FrameUtil {
+
+namespace {
+
+constexpr std::size_t kFields = 6;
+constexpr int kListType = 257;
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+// A pipe would keep the first user of the codec waiting for ever, so only regular files
+// are read. Null with errno otherwise.
+File OpenRegular(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && !S_ISREG(status.st_mode)) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    } else if (std::FILE* file = fdopen(descriptor, "r")) {
+        return File(file);
+    }
+    const int error = errno;
+    close(descriptor);
+    errno = error;
+    return nullptr;
+}
+
+// The next line without its newline; false at the end, or when reading fails.
+bool ReadLine(std::FILE* file, std::string& line) {
+    line.clear();
+    char piece[4096];
+    while (true) {
+        std::size_t count = 0;
+        int next = EOF;
+        while (count < sizeof piece && (next = getc_unlocked(file)) != EOF && next != '\n') {
+            piece[count++] = static_cast<char>(next);
+        }
+        line.append(piece, count);
+        if (next == '\n' || (next == EOF && !line.empty())) {
+            return true;
+        }
+        if (next == EOF) {
+            return false;
+        }
+    }
+}
+
+// Makes the three separators one: a table exported from a database has "#$" between the
+// columns, one written by hand tabs.
+void UnifySeparators(std::string& line) {
+    std::size_t to = 0;
+    for (std::size_t from = 0; from < line.size(); ++from, ++to) {
+        if (line[from] == '#' && from + 1 < line.size() && line[from + 1] == '$') {
+            line[to] = ' ';
+            ++from;
+        } else {
+            line[to] = line[from] == '\t' ? ' ' : line[from];
+        }
+    }
+    line.resize(to);
+}
+
+std::string_view Trim(std::string_view text) {
+    constexpr std::string_view kWhite = " \t\r\n\v\f";
+    const std::size_t first = text.find_first_not_of(kWhite);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(kWhite) - first + 1);
+}
+
+// The low 32 bits of the number that a field begins with, 0 if it begins with none.
+int Number(std::string_view field) {
+    return static_cast<int>(std::strtol(std::string(field).c_str(), nullptr, 10));
+}
+
+}  // namespace
+
+const std::vector<DescItem> DescTable::s_none;
+
+bool DescTable::TakeLine(std::string& line, int& fields) {
+    UnifySeparators(line);
+    // Several blanks in a row are one separator, so that columns may be aligned.
+    std::array<std::string_view, kFields> field;
+    std::size_t count = 0;
+    for (std::size_t at = line.find_first_not_of(' '); at != std::string::npos; ++count) {
+        const std::size_t end = std::min(line.find(' ', at), line.size());
+        if (count < kFields) {
+            field[count] = Trim(std::string_view(line).substr(at, end - at));
+        }
+        at = line.find_first_not_of(' ', end);
+    }
+    fields = static_cast<int>(count);
+    if (count != kFields) {
+        return false;
+    }
+    m_items[Number(field[0])].push_back(
+        {std::string(field[2]), Number(field[3]), Number(field[4]), Number(field[5])});
+    return true;
+}
+
+void DescTable::Load(const std::string& file, DescReport* report) {
+    const File input = OpenRegular(file);
+    if (input == nullptr && report != nullptr) {
+        report->error = errno;
+    }
+    int accepted = 0;
+    int number = 0;
+    std::string line;
+    while (input != nullptr && ReadLine(input.get(), line)) {
+        if (++number == 1 && line.starts_with("\xEF\xBB\xBF")) {
+            line.erase(0, 3);
+        }
+        int fields = 0;
+        if (TakeLine(line, fields)) {
+            ++accepted;
+            continue;
+        }
+        Trace("init bms_desc_Asn1ParaDesc in line %d found error, size is %d", accepted, fields);
+        const std::string_view text = Trim(line);
+        if (report != nullptr && !text.empty() && text.front() != '#') {
+            report->rejected.push_back({number, fields});
+        }
+    }
+    if (input != nullptr && std::ferror(input.get()) != 0 && report != nullptr) {
+        report->error = EIO;
+    }
+    Trace("init bms_desc_Asn1ParaDesc end, total size is %d.", accepted);
+    for (const auto& [key, items] : m_items) {
+        if (items.size() == 1 && items.front().type == kListType) {
+            m_sole_lists.emplace(key, &items.front());
+        }
+    }
+}
+
+std::string PlatformDescFile() {
+    return ns_kelpsdk_wrap::GetPackageRelativePath("", "rtsp/DRKFrame") +
+           "/drk/frame/conf/MCDB..bms_desc_Asn1ParaDesc.bcp";
+}
+
+}  // namespace FrameUtil
