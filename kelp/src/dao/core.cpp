@@ -50,6 +50,10 @@ bool IsOfType(std::string_view word, dao::SqlTypeEnum type) {
     return false;
 }
 
+bool ChangesTables(std::string_view first_word) {
+    return first_word == "CREATE" || first_word == "ALTER" || first_word == "DROP";
+}
+
 }  // namespace
 
 dao::CExecStatus Core::OutOfMemory() noexcept {
@@ -164,6 +168,10 @@ void Core::Note(const dao::CExecStatus& status, std::string_view first_word, boo
         return;
     }
     m_in_transaction = m_driver->InTransaction();
+    if (ChangesTables(first_word)) {
+        // A server keeps the types that parameters had when a statement was prepared.
+        m_cache.Clear();
+    }
     if (status.IsOk()) {
         // Also ROLLBACK TO: what it goes back to was sound.
         if (IsRollback(first_word) || !m_in_transaction) {

@@ -105,6 +105,7 @@ class PostgresDriver final : public Driver {
     PgParams m_params;
     std::int64_t m_deadline = base::kNever;
     bool m_in_transaction_before = false;
+    bool m_is_script = false;  // which may be empty
     bool m_answered = false;  // something of the running statement has arrived
     bool m_ended = true;      // nothing more of it will
     dao::CExecStatus m_status;
@@ -231,7 +232,9 @@ void PostgresDriver::Take(PgResult result) {
             break;
         }
         case PGRES_EMPTY_QUERY:
-            m_status = Refusal(dao::DAO_ERR_SYNTAX, "the statement is empty");
+            if (!m_is_script) {
+                m_status = Refusal(dao::DAO_ERR_SYNTAX, "the statement is empty");
+            }
             break;
         case PGRES_COPY_IN:
         case PGRES_COPY_OUT:
@@ -252,6 +255,7 @@ void PostgresDriver::Take(PgResult result) {
 dao::CExecStatus PostgresDriver::Run(const char* sql, std::int64_t deadline) {
     m_status = {};
     m_columns.clear();
+    m_is_script = true;
     m_deadline = deadline == base::kNever ? deadline : deadline + kGrace;
     m_in_transaction_before = InTransaction();
     if (PQsendQuery(m_connection.get(), sql) == 0) {
@@ -290,6 +294,7 @@ dao::CExecStatus PostgresDriver::PrepareOnServer(PgStatement& statement) {
         return ConnectionFailure();
     }
     m_ended = false;
+    m_is_script = false;
     m_status = {};
     PgResult result;
     while (!m_ended && Next(result)) {
@@ -369,6 +374,7 @@ dao::CExecStatus PostgresDriver::Start(Prepared& statement, const dao::CParams& 
     }
     m_status = {};
     m_columns.clear();
+    m_is_script = false;
     if (status.IsOk()) {
         status = Send(made);
     }
@@ -478,11 +484,12 @@ dao::CExecStatus PostgresDriver::FindProcedure(const std::string& name, std::siz
         " pg_catalog.quote_ident(n.nspname) || '.' || pg_catalog.quote_ident(p.proname),"
         " pg_catalog.array_to_string(p.proargmodes, '')"
         " FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace"
-        " WHERE p.proname IN ($1, pg_catalog.lower($1)) AND p.prokind IN ('f', 'p')"
-        " AND ($2 = '' AND pg_catalog.pg_function_is_visible(p.oid)"
-        "      OR n.nspname IN ($2, pg_catalog.lower($2)))"
-        " AND $3 BETWEEN p.pronargs - p.pronargdefaults AND p.pronargs"
-        " ORDER BY p.proname = $1 DESC, p.pronargs LIMIT 1";
+        " WHERE p.proname::text IN ($1::text, pg_catalog.lower($1::text))"
+        " AND p.prokind IN ('f', 'p')"
+        " AND ($2::text = '' AND pg_catalog.pg_function_is_visible(p.oid)"
+        "      OR n.nspname::text IN ($2::text, pg_catalog.lower($2::text)))"
+        " AND $3::bigint BETWEEN p.pronargs - p.pronargdefaults AND p.pronargs"
+        " ORDER BY p.proname::text = $1::text DESC, p.pronargs LIMIT 1";
     std::shared_ptr<Prepared> lookup;
     dao::CExecStatus status = Prepare(kLookup, nullptr, lookup);
     const std::size_t dot = name.find('.');

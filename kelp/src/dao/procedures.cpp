@@ -82,6 +82,7 @@ dao::CExecStatus Core::Script(const dao::CSqlID& id, std::string_view sql) noexc
         }
         const bool was_in = m_in_transaction;
         status = m_driver->Script(sql, Deadline());
+        m_cache.Clear();  // it may have changed tables
         Note(status, "", was_in);
         return status;
     });

@@ -32,6 +32,11 @@ std::string CodeName(int code) {
     return found == names.end() ? std::to_string(code) : found->second;
 }
 
+void dao::PrintTo(const CExecStatus& status, std::ostream* out) {
+    *out << CodeName(status.GetErrCode()) << ": " << status.GetErrText() << " ("
+         << status.GetSqlState() << ", " << status.GetNativeCode() << ")";
+}
+
 PostgresServer& Postgres() {
     static PostgresServer server;
     if (!server.Running() && !server.Start()) {

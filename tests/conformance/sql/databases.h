@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "kelp/dao.h"
@@ -19,9 +20,11 @@
 // What ErrCode gives, named in failure reports.
 std::string CodeName(int code);
 
+namespace dao {
+void PrintTo(const CExecStatus& status, std::ostream* out);
+}
+
 MATCHER_P(Gives, code, std::string("gives ") + CodeName(code)) {
-    *result_listener << "gives " << CodeName(arg.GetErrCode()) << ": " << arg.GetErrText() << " ("
-                     << arg.GetSqlState() << ")";
     return arg.GetErrCode() == code;
 }
 inline auto IsFine() {
@@ -65,4 +68,4 @@ class OnBothDatabases : public testing::TestWithParam<const char*> {
 
 #define INSTANTIATE_ON_BOTH(Suite)                                             \
     INSTANTIATE_TEST_SUITE_P(Sql, Suite, testing::Values("sqlite", "postgresql"), \
-                             [](const auto& info) { return std::string(info.param); })
+                             [](const auto& of) { return std::string(of.param); })
