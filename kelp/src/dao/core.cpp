@@ -66,8 +66,9 @@ dao::CExecStatus Core::OutOfMemory() noexcept {
 
 void Core::Report(const dao::CSqlID& id, const char* what, const dao::CExecStatus& status,
                   std::int64_t started) noexcept {
-    const std::int64_t took_ms = (base::SystemMonotonicNs() - started) / base::kMillisecond;
-    const bool slow = m_options.slow_statement_ms > 0 && took_ms >= m_options.slow_statement_ms;
+    const bool timed = m_options.slow_statement_ms > 0;
+    const std::int64_t took_ms = timed ? (QuickNow() - started) / base::kMillisecond : 0;
+    const bool slow = timed && took_ms >= m_options.slow_statement_ms;
     if (m_log == nullptr || (status.IsOk() && !slow)) {
         return;
     }
@@ -131,7 +132,7 @@ bool Core::IsBroken() const noexcept {
 std::int64_t Core::Deadline() const {
     return m_options.statement_timeout_ms <= 0
                ? base::kNever
-               : base::SystemMonotonicNs() + m_options.statement_timeout_ms * base::kMillisecond;
+               : m_now + m_options.statement_timeout_ms * base::kMillisecond;
 }
 
 // Whether a statement may run now; connects anew where that is needed.
@@ -197,24 +198,25 @@ dao::CExecStatus Core::Find(std::string_view sql, bool keep, std::shared_ptr<Pre
     return status;
 }
 
-dao::CExecStatus Core::ReadRows(dao::CExecResult* result) {
+dao::CExecStatus Core::DropRows() {
+    std::size_t octets = 0;
+    while (m_driver->Fetch(m_dropped, octets) == Step::kRow) {
+    }
+    return m_driver->Finish();
+}
+
+dao::CExecStatus Core::ReadRows(dao::CExecResult& result) {
     std::vector<dao::CColumn> columns;
     std::vector<dao::CRow> rows;
-    dao::CRow dropped;
     std::size_t octets = 0;
     for (bool first = true;; first = false) {
-        if (result != nullptr) {
-            rows.emplace_back();
-        }
-        const Step step = m_driver->Fetch(result == nullptr ? dropped : rows.back(), octets);
-        if (first && result != nullptr) {
+        rows.emplace_back();
+        const Step step = m_driver->Fetch(rows.back(), octets);
+        if (first) {
             m_driver->Columns(columns);
         }
         if (step != Step::kRow) {
             break;
-        }
-        if (result == nullptr) {
-            continue;
         }
         octets += columns.size() * kCellOctets;
         if (rows.size() > m_options.max_rows || octets > m_options.max_bytes) {
@@ -226,9 +228,9 @@ dao::CExecStatus Core::ReadRows(dao::CExecResult* result) {
         }
     }
     dao::CExecStatus status = m_driver->Finish();
-    if (status.IsOk() && result != nullptr) {
+    if (status.IsOk()) {
         rows.pop_back();
-        result->Assign(std::move(columns), std::move(rows));
+        result.Assign(std::move(columns), std::move(rows));
     }
     return status;
 }
@@ -239,7 +241,7 @@ dao::CExecStatus Core::Run(Prepared& statement, const dao::CParams& params,
     const bool was_in = m_in_transaction;
     dao::CExecStatus status = m_driver->Start(statement, params, Deadline());
     if (status.IsOk()) {
-        status = ReadRows(result);
+        status = result == nullptr ? DropRows() : ReadRows(*result);
     }
     Note(status, statement.first_word, was_in);
     return status;

@@ -41,7 +41,7 @@ dao::CExecStatus Core::OpenCursor(const dao::CSqlID& id, std::string_view sql,
             return status;
         }
         m_cursor_id = id;
-        m_cursor_started = base::SystemMonotonicNs();
+        m_cursor_started = m_now;
         m_cursor_in_transaction = was_in;
         m_cursor_statement = std::move(statement);
         m_cursor = ++m_last_ticket;
@@ -67,7 +67,7 @@ bool Core::FetchCursor(dao::CCursorTable& cursor) noexcept {
     dao::CExecStatus status;
     try {
         std::size_t octets = 0;
-        if (base::SystemMonotonicNs() > m_cursor_deadline) {
+        if (QuickNow() > m_cursor_deadline) {
             CloseCursor(cursor.m_ticket);
             status = Refusal(dao::DAO_ERR_TIMEOUT, "reading took longer than the time limit");
         } else {

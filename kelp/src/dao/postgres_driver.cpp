@@ -515,18 +515,20 @@ dao::CExecStatus PostgresDriver::FindProcedure(const std::string& name, std::siz
     const bool is_void = row[1].As_int() != 0;
     std::string arguments;
     std::size_t number = 0;
-    const auto add = [&arguments](const std::string& argument) {
-        arguments += (arguments.empty() ? "" : ", ") + argument;
+    const auto add_null = [&arguments] { arguments += arguments.empty() ? "NULL" : ", NULL"; };
+    const auto add_next = [&arguments, &number] {
+        arguments += arguments.empty() ? "$" : ", $";
+        arguments += std::to_string(++number);
     };
     for (const char mode : is_procedure ? row[3].As_std_string() : std::string()) {
         if (mode == 'o') {
-            add("NULL");
+            add_null();
         } else if (number < parameters) {
-            add("$" + std::to_string(++number));
+            add_next();
         }
     }
     while (number < parameters) {
-        add("$" + std::to_string(++number));
+        add_next();
     }
     call.sql = (is_procedure ? "CALL " : "SELECT * FROM ") + row[2].As_std_string() + "(" +
                arguments + ")";

@@ -32,16 +32,37 @@ void Look(const void* block) {
 }  // namespace
 
 void* operator new(std::size_t size) {
-    if (void* block = std::calloc(1, size)) {
+    if (void* block = std::calloc(1, size == 0 ? 1 : size)) {
         return block;
     }
     throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return std::calloc(1, size == 0 ? 1 : size);
+}
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t& nothrow) noexcept {
+    return operator new(size, nothrow);
 }
 void operator delete(void* block) noexcept {
     Look(block);
     std::free(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    operator delete(block);
+}
+void operator delete[](void* block) noexcept {
+    operator delete(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    operator delete(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
     operator delete(block);
 }
 
