@@ -43,7 +43,10 @@ class Ours : public Contestant {
     unsigned long Select() override {
         dao::CExecResult result = m_select.Query();
         Check(result.GetStatus());
-        FrameUtil::CFrmTableObject table(m_names);
+        FrameUtil::CFrmTableObject table;
+        for (const dao::CColumn& column : result.GetColumns()) {
+            table.AddCol(column.name.c_str());
+        }
         *table.GetTable() = result.TakeRows();
         Digest digest;
         long id = 0;
@@ -72,8 +75,6 @@ class Ours : public Contestant {
     }
 
   private:
-    const std::vector<std::string> m_names = {"id",   "ne",    "load",  "rate",
-                                              "name", "alias", "place", "note"};
     dao::CSqlSession m_session;
     dao::CStatement m_insert;
     dao::CStatement m_select;

@@ -126,7 +126,7 @@ void Core::Close() noexcept {
 }
 
 bool Core::IsBroken() const noexcept {
-    return m_driver == nullptr || m_lost || !m_driver->Connected();
+    return m_driver == nullptr || m_lost || !m_driver->Connected(true);
 }
 
 std::int64_t Core::Deadline() const {
@@ -143,7 +143,9 @@ dao::CExecStatus Core::Ready(std::string_view first_word) {
     if (m_cursor != 0) {
         return Refusal(dao::DAO_ERR_STATE, "a cursor of the session is open");
     }
-    if (!m_lost && m_in_transaction && !m_driver->Connected()) {
+    // In a transaction a lost connection cannot be mended: the statement finds out itself.
+    const bool connected = m_driver->Connected(!m_in_transaction);
+    if (!m_lost && m_in_transaction && !connected) {
         m_lost = m_failed = true;
     }
     if (m_lost) {
@@ -154,7 +156,7 @@ dao::CExecStatus Core::Ready(std::string_view first_word) {
         return Refusal(dao::DAO_ERR_STATE,
                        "a statement of the transaction has failed: roll it back");
     }
-    if (m_driver->Connected()) {
+    if (connected) {
         return {};
     }
     m_procedures.clear();
@@ -162,7 +164,7 @@ dao::CExecStatus Core::Ready(std::string_view first_word) {
 }
 
 void Core::Note(const dao::CExecStatus& status, std::string_view first_word, bool was_in) {
-    if (!m_driver->Connected()) {
+    if (!m_driver->Connected(false)) {
         m_lost = m_failed = was_in;
         m_in_transaction = was_in;
         return;
@@ -335,7 +337,7 @@ dao::CExecStatus Core::EndTransaction(const char* sql) {
     if (m_driver == nullptr) {
         return Refusal(dao::DAO_ERR_ARGUMENT, "the session is not open");
     }
-    const bool lost = m_lost || (m_in_transaction && !m_driver->Connected());
+    const bool lost = m_lost || (m_in_transaction && !m_driver->Connected(true));
     const bool really_open = !lost && m_driver->InTransaction();
     m_failed = m_lost = false;
     m_in_transaction = really_open;
@@ -343,7 +345,7 @@ dao::CExecStatus Core::EndTransaction(const char* sql) {
 }
 
 dao::CExecStatus Core::CommitNow() {
-    const bool lost = m_lost || !m_driver->Connected();
+    const bool lost = m_lost || !m_driver->Connected(true);
     if (lost || m_failed) {
         static_cast<void>(EndTransaction("ROLLBACK"));
         return lost ? Refusal(dao::DAO_ERR_CONNECTION_LOST,

@@ -52,8 +52,10 @@ class Driver {
 
     // Connects, dropping a connection that there was and what was prepared on it.
     virtual dao::CExecStatus Connect() = 0;
-    // Whether the connection can be used, as far as can be told without asking the server.
-    virtual bool Connected() = 0;
+    // Whether the connection can be used, as far as can be told without asking the server:
+    // by what the last statement met, and with `look` also by what has arrived since, which
+    // costs a system call.
+    virtual bool Connected(bool look) = 0;
     virtual bool InTransaction() const = 0;
     // Asks the server for a sign of life.
     virtual dao::CExecStatus Ping() = 0;

@@ -48,7 +48,7 @@ class PostgresDriver final : public Driver {
     const std::string& Where() const override { return m_target->where; }
 
     dao::CExecStatus Connect() override;
-    bool Connected() override;
+    bool Connected(bool look) override;
     bool InTransaction() const override;
     dao::CExecStatus Ping() override { return Run("SELECT 1", DeadlineIn(kShortAnswer)); }
     dao::CExecStatus Prepare(std::string_view sql, std::size_t* rest,
@@ -156,9 +156,9 @@ dao::CExecStatus PostgresDriver::Connect() {
     return status;
 }
 
-bool PostgresDriver::Connected() {
-    while (m_connection != nullptr && PQstatus(m_connection.get()) == CONNECTION_OK && !m_ends &&
-           SocketHasNews(m_connection.get())) {
+bool PostgresDriver::Connected(bool look) {
+    while (look && m_connection != nullptr && PQstatus(m_connection.get()) == CONNECTION_OK &&
+           !m_ends && SocketHasNews(m_connection.get())) {
         if (PQconsumeInput(m_connection.get()) == 0) {
             return false;
         }

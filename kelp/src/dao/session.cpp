@@ -78,7 +78,7 @@ CExecStatus CSqlSession::ExecStoredProc(const std::string& name, const CParams& 
 
 CExecStatus CSqlSession::ExecStoredProc(const std::string& name, const CParams& params,
                                         CExecResult& result, const CSqlID& id) noexcept {
-    const CExecStatus status = m_core->Procedure(id, name, params, &result);
+    CExecStatus status = m_core->Procedure(id, name, params, &result);
     result.SetStatus(status);
     return status;
 }
@@ -124,7 +124,7 @@ dao::CExecStatus CSqlSession_Impl::ExecSql_OnlyForFrame_Impl(const dao::CSqlID& 
                                                              const std::string& sql,
                                                              const dao::NoParamType&,
                                                              dao::CExecResult& result) noexcept {
-    const dao::CExecStatus status = m_core->Execute(id, type, sql, {}, &result);
+    dao::CExecStatus status = m_core->Execute(id, type, sql, {}, &result);
     result.SetStatus(status);
     return status;
 }
@@ -133,7 +133,7 @@ dao::CExecStatus CSqlSession_Impl::ExecStoredProc_Impl(const dao::CSqlID& id,
                                                        const std::string& name,
                                                        const dao::NoParamType&,
                                                        dao::CExecResult& result) noexcept {
-    const dao::CExecStatus status = m_core->Procedure(id, name, {}, &result);
+    dao::CExecStatus status = m_core->Procedure(id, name, {}, &result);
     result.SetStatus(status);
     return status;
 }

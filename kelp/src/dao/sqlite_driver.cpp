@@ -59,7 +59,7 @@ class SqliteDriver final : public Driver {
     const std::string& Where() const override { return m_where; }
 
     dao::CExecStatus Connect() override;
-    bool Connected() override { return m_db != nullptr; }
+    bool Connected(bool) override { return m_db != nullptr; }
     bool InTransaction() const override {
         return m_db != nullptr && sqlite3_get_autocommit(m_db.get()) == 0;
     }
@@ -142,7 +142,7 @@ dao::CExecStatus SqliteDriver::Connect() {
         sqlite3_open_v2(m_url.path.c_str(), &db, m_url.flags | SQLITE_OPEN_NOMUTEX, nullptr);
     m_db.reset(db);
     if (opened != SQLITE_OK) {
-        const dao::CExecStatus failure = Failure(opened);
+        dao::CExecStatus failure = Failure(opened);
         m_db.reset();
         return failure;
     }

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "dao/sql_text.h"
 #include "dao/sqlite_driver.h"
@@ -97,18 +98,28 @@ SqliteColumn DeclaredType(const char* declaration) {
         c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     }
     column.is_unsigned = Holds(upper, "UNSIGNED");
-    // In the order in which SQLite decides a declared type's affinity.
-    if (Holds(upper, "INT") || Holds(upper, "BOOL")) {
-        column.type =
-            column.is_unsigned ? DataTypeEnum::DT_UNSIGNED_LONG : DataTypeEnum::DT_LONG_LONG;
-    } else if (Holds(upper, "CHAR") || Holds(upper, "CLOB") || Holds(upper, "TEXT")) {
-        column.type = DataTypeEnum::DT_TEXT;
-    } else if (Holds(upper, "BLOB") || upper == "BYTEA") {
-        column.type = DataTypeEnum::DT_BINARY;
-    } else if (Holds(upper, "REAL") || Holds(upper, "FLOA") || Holds(upper, "DOUB")) {
-        column.type = DataTypeEnum::DT_DOUBLE;
-    } else if (Holds(upper, "NUMERIC") || Holds(upper, "DECIMAL")) {
-        column.type = DataTypeEnum::DT_TEXT;
+    const DataTypeEnum whole =
+        column.is_unsigned ? DataTypeEnum::DT_UNSIGNED_LONG : DataTypeEnum::DT_LONG_LONG;
+    const std::pair<std::string_view, DataTypeEnum> kinds[] = {
+        // In the order in which SQLite decides a declared type's affinity.
+        {"INT", whole},
+        {"BOOL", whole},
+        {"CHAR", DataTypeEnum::DT_TEXT},
+        {"CLOB", DataTypeEnum::DT_TEXT},
+        {"TEXT", DataTypeEnum::DT_TEXT},
+        {"BLOB", DataTypeEnum::DT_BINARY},
+        {"BYTEA", DataTypeEnum::DT_BINARY},
+        {"REAL", DataTypeEnum::DT_DOUBLE},
+        {"FLOA", DataTypeEnum::DT_DOUBLE},
+        {"DOUB", DataTypeEnum::DT_DOUBLE},
+        {"NUMERIC", DataTypeEnum::DT_TEXT},
+        {"DECIMAL", DataTypeEnum::DT_TEXT},
+    };
+    for (const auto& [part, type] : kinds) {
+        if (Holds(upper, part)) {
+            column.type = type;
+            break;
+        }
     }
     return column;
 }

@@ -19,7 +19,7 @@ CExecStatus CTransaction::Commit() noexcept {
     if (m_session == nullptr) {
         return kelp::db::Refusal(DAO_ERR_STATE, "the transaction is not open");
     }
-    const CExecStatus status = m_session->Commit();
+    CExecStatus status = m_session->Commit();
     // Refused because a cursor is open: the transaction goes on.
     if (status.IsOk() || !m_session->InTransaction()) {
         m_session = nullptr;

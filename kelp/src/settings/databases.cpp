@@ -66,7 +66,8 @@ bool IsCredential(std::string_view key) {
 }  // namespace
 
 std::string ConfigurationPath() {
-    const char* const root = std::getenv("OSS_ROOT");
+    // Nobody changes the environment once threads run: see kelp/settings.h.
+    const char* const root = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
     if (root == nullptr || *root == '\0') {
         return {};
     }
