@@ -51,6 +51,11 @@ LIMITS = [
     ("Cell of 20 columns by name", "access", "index", "<=", 3, 1.5),
     ("Memory a cell, integers", "memory integer", "variant", "<=", 1.5, 1.0),
     ("Memory a cell, texts of 16 octets", "memory text", "variant", "<=", 1.5, 1.0),
+    *[(f"{name}: {text} 100,000 rows", f"{phase} {database}", f"{library}", "<=", must, aim)
+      for database, name, library in (("sqlite", "SQLite", "sqlite3"),
+                                      ("postgresql", "PostgreSQL", "libpq"))
+      for phase, text, must, aim in (("select", "SELECT of", 2.0, 1.2),
+                                     ("insert", "INSERT of", 1.5, 1.1))],
     ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
     ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
     ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
@@ -84,7 +89,7 @@ class Figures:
         self.octets = {}
         self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "codec", "sort", "cell", "bus"):
+        for scenario in ("table", "request", "codec", "sort", "cell", "sql", "bus"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -131,6 +136,12 @@ class Figures:
             self._add(phase, contestant, entry["real_time"] * 1e3 / entry["cells"])
         else:
             self._add("memory " + phase, contestant, entry["heap_a_cell"])
+
+    def _sql(self, entry):
+        phase, database, contestant = entry["name"].split("/")[:3]
+        peer = {"sqlite": "sqlite3", "postgresql": "libpq"}[database]
+        self._add(f"{phase} {database}", {"c": peer}.get(contestant, contestant),
+                  entry["real_time"])
 
     def _bus(self, entry):
         phase, contestant, octets = entry["name"].split("/")[:3]
@@ -258,6 +269,15 @@ def calls_text(figures):
         yield f"- our {side}, 100 octets: {listed}"
 
 
+def sql_table(figures):
+    yield "| milliseconds | ours | C interface |"
+    yield "|---|---:|---:|"
+    for database, peer in (("sqlite", "sqlite3"), ("postgresql", "libpq")):
+        for phase in ("select", "insert"):
+            key = f"{phase} {database}"
+            yield f"| {key} | {figures.of(key, 'ours'):.0f} | {figures.of(key, peer):.0f} |"
+
+
 def cpu_model():
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         return next((line.split(":")[1].strip() for line in file if "model name" in line), "?")
@@ -365,6 +385,15 @@ and moves no rows.
 
 {cell_access}
 
+## Databases
+
+100,000 rows of 8 columns. SELECT reads them into a value table, whose cursor then goes
+through all cells; the C interfaces read into a vector of variants. INSERT runs one prepared
+statement for each row in one transaction. SQLite: CPU time of the thread. PostgreSQL: the time
+that passes, most of it in the server, which runs on the same machine.
+
+{sql}
+
 ## Processes
 
 A round trip of one client has both processes on one CPU. Eight clients are eight processes
@@ -398,7 +427,7 @@ def main(folder, docs):
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
         codec="\n".join(codec_table(figures)), sorts="\n".join(sort_table(figures)),
-        cell_access=cells_text(figures), bus="\n".join(bus_table(figures)),
+        cell_access=cells_text(figures), sql="\n".join(sql_table(figures)), bus="\n".join(bus_table(figures)),
         calls="\n".join(calls_text(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
