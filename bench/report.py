@@ -26,6 +26,31 @@ LIMITS = [
     ("Table: cycle, time a cell at 100,000 rows", "cycle", "10,000 rows", "<=", 1.3, 1.1),
     ("Table: heap a cell", "heap", "jsoncpp", "<=", 2.2, 1.4),
     ("Request of ten scalars, both ways", "request", "jsoncpp", "<=", 0.5, 0.15),
+    *[(f"Codec, {what}: {phase}", f"{name} {phase}", peer, "<=", must, aim)
+      for what, name in (("message of ten scalars", "message"),
+                         ("record with 1,000 structures", "records"),
+                         ("the message undescribed", "message undescribed"),
+                         ("5,000 undescribed values", "values undescribed"))
+      for phase, peer, must, aim in (("build", "jsoncpp", 0.10, 0.05),
+                                     ("build", "nlohmann_cbor", 1.0, 0.5),
+                                     ("build", "msgpack", None, 1.5),
+                                     ("parse", "jsoncpp", 0.5, 0.15),
+                                     ("parse", "nlohmann_cbor", 1.3, 0.5))],
+    *[(f"Codec, time an element, {text}: {phase}", f"growth {phase}", larger, "<=", 1.3, 1.1)
+      for text, larger in (("at depth 100", "depth 3"), ("of 100,000", "1000 elements"))
+      for phase in ("build", "parse")],
+    ("Sort 10,000 rows, distinct integers", "sort distinct", "exchanges", "<=", 0.01, 0.002),
+    ("Sort 10,000 rows, distinct integers", "sort distinct", "std_sort", "<=", 4, 2),
+    ("Sort 10,000 rows, any 64 bits", "sort wide", "exchanges", "<=", 0.01, 0.002),
+    ("Sort 10,000 rows, any 64 bits", "sort wide", "std_sort", "<=", 4, 2),
+    *[(f"Sort 10,000 rows, {text}", f"sort {name}", "exchanges", "<=", 0.05, 0.01)
+      for text, name in (("many equal integers", "equal"), ("many equal texts", "text"),
+                         ("two keys", "two"), ("two keys, many equal", "two_few"),
+                         ("two keys, a text and an integer", "two_text"),
+                         ("three keys", "three"))],
+    ("Cell of 20 columns by name", "access", "index", "<=", 3, 1.5),
+    ("Memory a cell, integers", "memory integer", "variant", "<=", 1.5, 1.0),
+    ("Memory a cell, texts of 16 octets", "memory text", "variant", "<=", 1.5, 1.0),
     ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
     ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
     ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
@@ -36,7 +61,13 @@ LIMITS = [
     ("8 clients, requests a second, 10 kB", "clients/10000", "zeromq", ">=", 1.5, 3),
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
-              "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows"}
+              "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
+              "exchanges": "exchanges one by one", "std_sort": "std::sort of extracted keys",
+              "index": "by index", "variant": "std::variant<long, double, std::string>",
+              "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
+              "depth 3": "ours at depth 3", "1000 elements": "ours of 1,000"}
+# What ours is measured against itself: the larger of two sizes, by the smaller.
+LARGER = {"depth 3": "depth 100", "1000 elements": "100000 elements"}
 
 
 def median(values):
@@ -51,8 +82,9 @@ class Figures:
     def __init__(self, folder):
         self.values = {}
         self.octets = {}
+        self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "bus"):
+        for scenario in ("table", "request", "codec", "sort", "cell", "bus"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -81,6 +113,25 @@ class Figures:
         self._add(phase, contestant, entry["cpu_time"])
         self.octets["request/" + contestant] = int(entry["octets"])
 
+    def _codec(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        self._add(phase, contestant, entry["cpu_time"] / entry.get("elements", 1))
+        if "octets" in entry:
+            self.octets[phase + "/" + contestant] = int(entry["octets"])
+            self.allocations[phase, contestant] = entry["allocations"]
+
+    def _sort(self, entry):
+        scenario, contestant = entry["name"].split("/")[:2]
+        self._add("sort " + scenario, contestant, entry["real_time"])
+
+    def _cell(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        if phase == "access":
+            contestant = {"name": "ours"}.get(contestant, contestant)
+            self._add(phase, contestant, entry["real_time"] * 1e3 / entry["cells"])
+        else:
+            self._add("memory " + phase, contestant, entry["heap_a_cell"])
+
     def _bus(self, entry):
         phase, contestant, octets = entry["name"].split("/")[:3]
         value = entry.get("requests_per_second", entry["real_time"])
@@ -100,6 +151,8 @@ class Figures:
     def ratio(self, phase, peer):
         if peer == "10,000 rows":
             return self.of(phase, "ours@100000") / self.of(phase, "ours")
+        if peer in LARGER:
+            return self.of(phase, LARGER[peer]) / self.of(phase, peer)
         return self.of(phase, "ours") / self.of(phase, peer)
 
 
@@ -127,7 +180,7 @@ def ratio_table(figures):
                f"| {limit_text(relation, must)} | {verdict(ratio, relation, must)} "
                f"| {limit_text(AIM_RELATION[relation], aim)} "
                f"| {verdict(ratio, AIM_RELATION[relation], aim)} "
-               f"| {100 * figures.spread(phase, 'ours'):.0f} % |")
+               f"| {100 * figures.spread(phase, LARGER.get(peer, 'ours')):.0f} % |")
 
 
 def missed(figures, column):
@@ -147,6 +200,42 @@ def cell_table(figures):
         times = " | ".join(f"{figures.of(phase, name):.1f}"
                            for phase in ("build", "encode", "decode", "cycle"))
         yield f"| {name} | {times} | {figures.octets[name]} | {figures.of('heap', name):.0f} |"
+
+
+def codec_table(figures):
+    yield "| microseconds | build | parse | octets | allocations in build |"
+    yield "|---|---:|---:|---:|---:|"
+    for name in ("message", "records", "message undescribed", "values undescribed"):
+        for contestant in ("ours", "jsoncpp", "nlohmann_cbor", "msgpack"):
+            key = (name + " parse", contestant)
+            parse = f"{figures.of(*key) / 1000:.2f}" if key in figures.values else "-"
+            build = name + " build"
+            yield (f"| {name}, {PEER_NAMES.get(contestant, contestant)} "
+                   f"| {figures.of(build, contestant) / 1000:.2f} | {parse} "
+                   f"| {figures.octets[build + '/' + contestant]} "
+                   f"| {figures.allocations[build, contestant]:.0f} |")
+
+
+def sort_table(figures):
+    yield "| milliseconds | ours | exchanges | std::sort of extracted keys |"
+    yield "|---|---:|---:|---:|"
+    for text, name in (("distinct integers", "distinct"), ("any 64 bits", "wide"),
+                       ("20 different integers", "equal"), ("500 different texts", "text"),
+                       ("two keys of a million values", "two"), ("two keys of 50", "two_few"),
+                       ("two keys, 100 texts and 1,000 integers", "two_text"),
+                       ("three keys of 1,000", "three")):
+        phase = "sort " + name
+        std = f"{figures.of(phase, 'std_sort'):.3f}" if (phase, "std_sort") in figures.values \
+            else "-"
+        yield (f"| {text} | {figures.of(phase, 'ours'):.3f} "
+               f"| {figures.of(phase, 'exchanges'):.0f} | {std} |")
+
+
+def cells_text(figures):
+    return CELLS.format(
+        name=figures.of("access", "ours"), index=figures.of("access", "index"),
+        **{f"{phase}_{peer}": figures.of("memory " + phase, peer)
+           for phase in ("integer", "text") for peer in ("ours", "variant")})
 
 
 def bus_table(figures):
@@ -207,6 +296,11 @@ def plot(figures, path):
     figure.savefig(path, metadata={"Date": None})
 
 
+CELLS = """By name {name:.1f} ns a cell, by index {index:.1f} ns, the conversion to a number
+included; 20 names of 2 to 12 octets. Heap a cell, in rows of 20: integers {integer_ours:.0f}
+octets (variant {integer_variant:.0f}), texts of 16 octets {text_ours:.0f} (variant
+{text_variant:.0f})."""
+
 TEXT = """# Benchmarks
 
 Written by `scripts/bench.sh`; do not edit. All ratios are ours over the peer's, medians of
@@ -248,6 +342,29 @@ Ten named scalars to octets and back into a fresh tree: {request_ours:.0f} ns, j
 {request_jsoncpp:.0f} ns, plain copy {request_null:.0f} ns; {octets_ours} octets,
 jsoncpp {octets_jsoncpp}.
 
+## The codec
+
+A message of ten named scalars and a record with a list of 1,000 structures of five scalars,
+both by a description that both sides know, so that no names travel; then the message and
+5,000 scalars without a description, as lists of named values. Every contestant starts from
+a tree of its own kind; msgpack-cxx from its dynamic objects. Writers, readers and buffers
+are kept.
+
+{codec}
+
+## Sorting a value table
+
+10,000 rows in memory of their own, CPU time. The order is that of exchanging each row with
+every later one that it does not precede; `exchanges` does that, and the rows come out the
+same. `std::sort` gets the keys and row numbers of one column, extracted outside of its time,
+and moves no rows.
+
+{sorts}
+
+## Cells of a value table
+
+{cell_access}
+
 ## Processes
 
 A round trip of one client has both processes on one CPU. Eight clients are eight processes
@@ -280,7 +397,9 @@ def main(folder, docs):
         many=figures.of("cycle", "ours@100000"), first=figures.of("first cycle", "ours"),
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
-        bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        codec="\n".join(codec_table(figures)), sorts="\n".join(sort_table(figures)),
+        cell_access=cells_text(figures), bus="\n".join(bus_table(figures)),
+        calls="\n".join(calls_text(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)

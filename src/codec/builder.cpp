@@ -1,6 +1,10 @@
 #include "codec/builder.h"
 
+#include <array>
 #include <cstring>
+#include <map>
+#include <string>
+#include <string_view>
 
 #include "codec/integer.h"
 #include "codec/types.h"
@@ -29,6 +33,113 @@ std::size_t LengthOctets(std::size_t length) {
                                 : 5;
 }
 
+// Names and texts are mostly short: a call of the C library costs more than the octets.
+bool Same(std::string_view a, std::string_view b) {
+    const std::size_t size = a.size();
+    if (size != b.size()) {
+        return false;
+    }
+    if (size > 16) {
+        return std::memcmp(a.data(), b.data(), size) == 0;
+    }
+    if (size >= 8) {
+        const auto word = [](const char* octets) {
+            std::uint64_t value;
+            std::memcpy(&value, octets, sizeof value);
+            return value;
+        };
+        return word(a.data()) == word(b.data()) &&
+               word(a.data() + size - 8) == word(b.data() + size - 8);
+    }
+    for (std::size_t i = 0; i < size; ++i) {
+        if (a[i] != b[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+unsigned char* Copy(unsigned char* to, std::string_view from) {
+    const std::size_t size = from.size();
+    const char* octets = from.data();
+    if (size > 32) {
+        std::memcpy(to, octets, size);
+    } else if (size >= 16) {
+        std::memcpy(to, octets, 16);
+        std::memcpy(to + size - 16, octets + size - 16, 16);
+    } else if (size >= 8) {
+        std::memcpy(to, octets, 8);
+        std::memcpy(to + size - 8, octets + size - 8, 8);
+    } else {
+        for (std::size_t i = 0; i < size; ++i) {
+            to[i] = static_cast<unsigned char>(octets[i]);
+        }
+    }
+    return to + size;
+}
+
+// As CParaSet::getType().
+int TypeOf(CParaSet::ValueType type) {
+    switch (type) {
+        case CParaSet::PARA_DOUBLE:
+            return kReal;
+        case CParaSet::PARA_INT:
+            return kInteger;
+        case CParaSet::PARA_STRING:
+            return kString;
+        case CParaSet::PARA_ARRAY:
+            return kList;
+        case CParaSet::PARA_STRUCT:
+        case CParaSet::PARA_RESID:
+            return kStructure;
+        default:
+            return kNull;
+    }
+}
+
+// How many children of a structure are looked up in one walk; the stack is short.
+constexpr std::size_t kGathered = 32;
+
+// The children that the description names, by the items' positions. Both sides are in the
+// order of the names, so that each step is mostly one comparison. A name that the structure
+// has not is entered without a child: callers rely on finding it there.
+void Gather(std::map<std::string, CParaSet*>& index, const Description& description,
+            std::array<CParaSet*, kGathered>& children) {
+    auto entry = index.begin();
+    for (const unsigned position : description.by_name) {
+        const std::string& name = description.items[position].name;
+        if (entry == index.end() || !Same(entry->first, name)) {
+            entry = index.try_emplace(name, nullptr).first;
+        }
+        children[position] = entry->second;
+        ++entry;
+    }
+}
+
+// A long list does not fit the caches: while an element is written, the memory of those
+// behind it is on its way, of the nearer ones that of their children too.
+void PrefetchAhead(const std::vector<CParaSet*>& list, std::size_t index) {
+    constexpr std::size_t kNodes = 8;
+    constexpr std::size_t kEntries = 5;
+    constexpr std::size_t kChildren = 2;
+    if (index + kNodes >= list.size()) {
+        return;
+    }
+    if (const CParaSet* node = list[index + kNodes]) {
+        NodeAccess::PrefetchAll(node);
+    }
+    const auto first = [&](std::size_t ahead) {
+        const CParaSet* node = list[index + ahead];
+        return node == nullptr || NodeAccess::Index(*node).empty()
+                   ? nullptr
+                   : &*NodeAccess::Index(*node).begin();
+    };
+    __builtin_prefetch(first(kEntries));
+    if (const auto* entry = first(kChildren); entry != nullptr && entry->second != nullptr) {
+        NodeAccess::PrefetchAll(entry->second);
+    }
+}
+
 unsigned char* WriteLength(unsigned char* at, std::size_t length) {
     const std::size_t octets = LengthOctets(length) - 1;
     if (octets == 0) {
@@ -45,11 +156,12 @@ unsigned char* WriteLength(unsigned char* at, std::size_t length) {
 }  // namespace
 
 unsigned char* Builder::Element(CParaSet& para, unsigned char* at, int type, int desc, int tag) {
-    if (NodeAccess::Impl(para).m_iValType == CParaSet::PARA_NULL) {
+    const CParaSet::ValueType value_type = NodeAccess::Impl(para).m_iValType;
+    if (value_type == CParaSet::PARA_NULL) {
         return at;
     }
     if (type == kOfValue) {
-        type = para.getType();
+        type = TypeOf(value_type);
     } else if (type > kLastCode) {
         desc = type;
         type = kStructure;
@@ -96,8 +208,14 @@ unsigned char* Builder::Element(CParaSet& para, unsigned char* at, int type, int
 
 // The header of an element whose contents of `length` octets fit behind it.
 unsigned char* Builder::Primitive(unsigned char* at, int tag, std::size_t length) {
+    const std::size_t room = Room(at);
+    if (length < 0x80 && room >= length + 2) [[likely]] {
+        at[0] = static_cast<unsigned char>(tag);
+        at[1] = static_cast<unsigned char>(length);
+        return at + 2;
+    }
     const std::size_t header = 1 + LengthOctets(length);
-    if (Room(at) < header || Room(at) - header < length) {
+    if (room < header || room - header < length) {
         return m_fault.At(at, kNoRoom);
     }
     *at++ = static_cast<unsigned char>(tag);
@@ -105,27 +223,27 @@ unsigned char* Builder::Primitive(unsigned char* at, int tag, std::size_t length
 }
 
 unsigned char* Builder::Integer(const CParaSet& para, unsigned char* at, int tag) {
-    unsigned char octets[kMaxInteger];
-    const std::size_t count = WriteInteger(para.asInt(), octets);
+    const CParaSetImpl& impl = NodeAccess::Impl(para);
+    const std::int64_t value = impl.m_iValType == CParaSet::PARA_INT ? impl.m_iValue : para.asInt();
+    const std::size_t count = IntegerOctets(value);
     at = Primitive(at, tag, count);
-    if (at == nullptr) {
-        return nullptr;
-    }
-    std::memcpy(at, octets, count);
-    return at + count;
+    return at == nullptr ? nullptr : WriteInteger(at, value, count);
 }
 
 unsigned char* Builder::String(const CParaSet& para, unsigned char* at, int tag) {
+    const CParaSetImpl& impl = NodeAccess::Impl(para);
+    if (impl.m_iValType == CParaSet::PARA_STRING) {
+        const std::string_view text = impl.m_strValue.view();
+        at = Primitive(at, tag, text.size());
+        return at == nullptr ? nullptr : Copy(at, text);
+    }
+    // It has a size, but no octets to give.
     const auto count = static_cast<std::size_t>(para.size());
     at = Primitive(at, tag, count);
     if (at == nullptr) {
         return nullptr;
     }
-    if (NodeAccess::Impl(para).m_iValType == CParaSet::PARA_STRING) {
-        para.getBytes(at, count, 0);
-    } else {
-        std::memset(at, 0, count);  // it has a size, but no octets to give
-    }
+    std::memset(at, 0, count);
     return at + count;
 }
 
@@ -177,10 +295,18 @@ unsigned char* Builder::Structure(CParaSet& para, unsigned char* at, int desc, i
     if (at == nullptr) {
         return nullptr;
     }
-    for (const DescItem& item : m_table.Find(desc)) {
+    const Description& description = m_table.Find(desc);
+    const std::size_t count = description.items.size();
+    std::array<CParaSet*, kGathered> gathered;
+    const bool at_once = count <= gathered.size();
+    if (at_once) {
+        Gather(NodeAccess::Index(para), description, gathered);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const DescItem& item = description.items[i];
         if (item.type == kNull) {
             at = Null(at);
-        } else if (CParaSet* child = para.GetMapValue()[item.name]) {
+        } else if (CParaSet* child = at_once ? gathered[i] : NodeAccess::Index(para)[item.name]) {
             at = Element(*child, at, item.type, item.desc, item.tag);
         } else if (item.tag < 128 && (item.type == kEmptyList || item.type == kList)) {
             at = EmptyStructure(at);
@@ -232,6 +358,7 @@ unsigned char* Builder::List(CParaSet& para, unsigned char* at, int desc, int ta
     } else {
         const std::vector<CParaSet*>& list = NodeAccess::List(para);
         for (std::size_t index = 0; index < list.size(); ++index) {
+            PrefetchAhead(list, index);
             if (list[index] == nullptr) {
                 continue;
             }
@@ -255,8 +382,7 @@ unsigned char* Builder::NamedValue(CParaSet& para, unsigned char* at, int tag) {
     if (at == nullptr) {
         return nullptr;
     }
-    std::memcpy(at, name.data(), name.size());
-    at += name.size();
+    at = Copy(at, name);
     if (m_form.integers_as_text && para.getType() == kInteger) {
         para = std::to_string(para.asInt());
     }

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "codec/types.h"
 #include "frameutil/log.h"
 #include "kelp/settings.h"
 
@@ -19,7 +20,6 @@ namespace FrameUtil {
 namespace {
 
 constexpr std::size_t kFields = 6;
-constexpr int kListType = 257;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -94,9 +94,20 @@ int Number(std::string_view field) {
     return static_cast<int>(std::strtol(std::string(field).c_str(), nullptr, 10));
 }
 
+void SortByName(Description& description) {
+    const std::vector<DescItem>& items = description.items;
+    for (unsigned i = 0; i < items.size(); ++i) {
+        if (items[i].type != codec::kNull) {
+            description.by_name.push_back(i);
+        }
+    }
+    std::stable_sort(description.by_name.begin(), description.by_name.end(),
+                     [&](unsigned a, unsigned b) { return items[a].name < items[b].name; });
+}
+
 }  // namespace
 
-const std::vector<DescItem> DescTable::s_none;
+const Description DescTable::s_none;
 
 bool DescTable::TakeLine(std::string& line, int& fields) {
     UnifySeparators(line);
@@ -114,7 +125,7 @@ bool DescTable::TakeLine(std::string& line, int& fields) {
     if (count != kFields) {
         return false;
     }
-    m_items[Number(field[0])].push_back(
+    m_descriptions[Number(field[0])].items.push_back(
         {std::string(field[2]), Number(field[3]), Number(field[4]), Number(field[5])});
     return true;
 }
@@ -146,8 +157,10 @@ void DescTable::Load(const std::string& file, DescReport* report) {
         report->error = EIO;
     }
     Trace("init bms_desc_Asn1ParaDesc end, total size is %d.", accepted);
-    for (const auto& [key, items] : m_items) {
-        if (items.size() == 1 && items.front().type == kListType) {
+    for (auto& [key, description] : m_descriptions) {
+        SortByName(description);
+        const std::vector<DescItem>& items = description.items;
+        if (items.size() == 1 && items.front().type == codec::kList) {
             m_sole_lists.emplace(key, &items.front());
         }
     }

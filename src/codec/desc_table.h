@@ -10,6 +10,14 @@
 
 namespace FrameUtil {
 
+/// What stands under one key.
+struct Description {
+    std::vector<DescItem> items;  // in the file's order
+    /// Positions in `items` in the order of the names, which is how a structure keeps its
+    /// children: the two are walked side by side. Without null items, which have no child.
+    std::vector<unsigned> by_name;
+};
+
 class DescTable {
   public:
     DescTable() = default;
@@ -18,11 +26,11 @@ class DescTable {
     /// that cannot be read: `report` has the reason, the table stays empty.
     void Load(const std::string& file, DescReport* report);
 
-    /// The items under `key`; an empty list for an unknown one, which stays unknown: any
-    /// number of threads look up at once.
-    const std::vector<DescItem>& Find(int key) const {
-        const auto entry = m_items.find(key);
-        return entry == m_items.end() ? s_none : entry->second;
+    /// The items under `key`; none for an unknown one, which stays unknown: any number of
+    /// threads look up at once.
+    const Description& Find(int key) const {
+        const auto entry = m_descriptions.find(key);
+        return entry == m_descriptions.end() ? s_none : entry->second;
     }
 
     /// The item of a key that has one item only, a list; else null.
@@ -38,8 +46,8 @@ class DescTable {
     // Whether the line held an item; else how many fields it has.
     bool TakeLine(std::string& line, int& fields);
 
-    static const std::vector<DescItem> s_none;
-    std::map<int, std::vector<DescItem>> m_items;
+    static const Description s_none;
+    std::map<int, Description> m_descriptions;
     std::map<int, const DescItem*> m_sole_lists;
 };
 

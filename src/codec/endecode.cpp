@@ -35,7 +35,7 @@ CEndeCode::CEndeCode(const std::string& file, DescReport* report)
 CEndeCode::~CEndeCode() = default;
 
 std::vector<DescItem> CEndeCode::findDesc(int key) const {
-    return m_pImpl->table.Find(key);
+    return m_pImpl->table.Find(key).items;
 }
 
 unsigned char* CEndeCode::build(CParaSet& para, unsigned char* buf, int& len, int type, int desc,

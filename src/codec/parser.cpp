@@ -21,8 +21,10 @@ constexpr int kFirstClassTag = 64;  // application, context and private classes
 constexpr int kLastTag = 255;
 
 // Adds `child` under `name`; a second one of that name is dropped, which is traced.
-void AddNamed(CParaSet& para, const std::string& name, std::unique_ptr<CParaSet> child) {
-    CParaSet*& entry = NodeAccess::Index(para)[name];
+void AddNamed(CParaSet& para, std::string name, std::unique_ptr<CParaSet> child) {
+    // What a structure's own order wrote arrives in that order, each behind the last.
+    auto& index = NodeAccess::Index(para);
+    CParaSet*& entry = index.try_emplace(index.end(), std::move(name), nullptr)->second;
     if (entry != nullptr) {
         Trace("[CEndeCode::parse] SomeOne recall this func at wrong place ,Please check.");
         return;
@@ -228,7 +230,7 @@ const unsigned char* Parser::Explicit(CParaSet& para, const unsigned char* at, c
 
 const unsigned char* Parser::Structure(CParaSet& para, const Header& header, int desc) {
     const unsigned char* at = header.contents.data();
-    for (const DescItem& item : m_table.Find(desc)) {
+    for (const DescItem& item : m_table.Find(desc).items) {
         if (at == header.end()) {
             if (item.tag < kFirstClassTag) {
                 m_fault.At(at, "the input ends before a child that is not optional");
@@ -262,8 +264,8 @@ const unsigned char* Parser::List(CParaSet& para, const Header& header, int desc
             break;
         }
         if (named) {
-            const std::string name = child->name();
-            AddNamed(para, name, std::move(child));
+            std::string name = child->name();
+            AddNamed(para, std::move(name), std::move(child));
         } else {
             NodeAccess::List(para).push_back(child.get());
             static_cast<void>(child.release());
@@ -282,9 +284,7 @@ const unsigned char* Parser::NamedValue(CParaSet& para, const Header& header) {
     if (name.tag != kString || name.contents.size() > kMaxString) {
         return m_fault.At(at, "a named value does not begin with a name");
     }
-    std::string text(name.contents.size(), '\0');
-    CopyOctets(text.data(), name.contents);
-    para.SetName(text);
+    CopyOctets(NodeAccess::Impl(para).m_strName.Overwrite(name.contents.size()), name.contents);
     const unsigned char* const next =
         Element(para, name.end(), header.end(), kOfValue, kNoDesc, kTypesOwn);
     return next == nullptr ? nullptr : header.end();
