@@ -6,4 +6,5 @@
 #include "frameutil/msg.h"
 #include "frameutil/paraset.h"
 #include "frameutil/table.h"
+#include "frameutil/sql.h"
 #include "frameutil/version.h"

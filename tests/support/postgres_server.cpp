@@ -66,16 +66,16 @@ PostgresServer::PostgresServer() : m_data(m_folder.Path("data")) {
             throw std::runtime_error("no user to run PostgreSQL as");
         }
     }
-    const int made = ExitStatus(
-        Spawn({"initdb", "--pgdata=" + m_data, "--no-sync", "--auth=scram-sha-256",
-               "--pwfile=" + secret, std::string("--username=") + kUser, "--encoding=UTF8",
-               "--locale=C.UTF-8", "--no-instructions"}));
+    const int made =
+        ExitStatus(Spawn({"initdb", "--pgdata=" + m_data, "--no-sync", "--auth=scram-sha-256",
+                          "--pwfile=" + secret, std::string("--username=") + kUser,
+                          "--encoding=UTF8", "--locale=C.UTF-8", "--no-instructions"}));
     if (made != 0) {
         throw std::runtime_error("initdb failed: " + Log());
     }
     std::ofstream(m_data + "/postgresql.auto.conf", std::ios::app)
         << "listen_addresses = '127.0.0.1'\nunix_socket_directories = ''\nfsync = off\n"
-           "synchronous_commit = off\nfull_page_writes = off\nshared_buffers = 16MB\n"
+           "full_page_writes = off\nshared_buffers = 16MB\n"
            "max_connections = 20\nsuperuser_reserved_connections = 0\nautovacuum = off\n"
            "wal_level = minimal\nmax_wal_senders = 0\n";
 }

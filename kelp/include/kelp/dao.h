@@ -22,6 +22,7 @@
 // thread at a time.
 #pragma once
 
+#include "kelp/dao/configured.h"
 #include "kelp/dao/pool.h"
 #include "kelp/dao/result.h"
 #include "kelp/dao/session.h"

@@ -79,8 +79,7 @@ void Core::Report(const dao::CSqlID& id, const char* what, const dao::CExecStatu
         }
         if (!status.IsOk()) {
             const char* const state = status.GetSqlState();
-            m_log->Warn(where + " failed: " + Hex(status.GetErrCode()) + " " +
-                        status.GetErrText() +
+            m_log->Warn(where + " failed: " + Hex(status.GetErrCode()) + " " + status.GetErrText() +
                         (*state != '\0' ? std::string(" (") + state + ")" : std::string()));
         }
     } catch (const std::bad_alloc&) {
@@ -184,8 +183,7 @@ void Core::Note(const dao::CExecStatus& status, std::string_view first_word, boo
     }
 }
 
-dao::CExecStatus Core::Find(std::string_view sql, bool keep,
-                            std::shared_ptr<Prepared>& statement) {
+dao::CExecStatus Core::Find(std::string_view sql, bool keep, std::shared_ptr<Prepared>& statement) {
     statement = m_cache.Find(sql);
     if (statement != nullptr) {
         statement->wanted_again = true;

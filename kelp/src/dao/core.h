@@ -82,8 +82,7 @@ class Core : public std::enable_shared_from_this<Core> {
     std::int64_t Deadline() const;
     dao::CExecStatus Ready(std::string_view first_word);
     dao::CExecStatus Find(std::string_view sql, bool keep, std::shared_ptr<Prepared>& statement);
-    dao::CExecStatus Run(Prepared& statement, const dao::CParams& params,
-                         dao::CExecResult* result);
+    dao::CExecStatus Run(Prepared& statement, const dao::CParams& params, dao::CExecResult* result);
     dao::CExecStatus RunText(std::string_view sql, const dao::CParams& params,
                              dao::CExecResult* result);
     dao::CExecStatus ReadRows(dao::CExecResult* result);

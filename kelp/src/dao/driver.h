@@ -24,9 +24,9 @@ struct Prepared {
     Prepared& operator=(const Prepared&) = delete;
 
     std::string sql;
-    std::string first_word;    // upper-case letters
-    bool wanted_again = false;  // worth what preparing costs beyond one execution
-    int parameters = 0;         // how many it has, where the driver knows
+    std::string first_word;      // upper-case letters
+    bool wanted_again = false;   // worth what preparing costs beyond one execution
+    int parameters = 0;          // how many it has, where the driver knows
     bool may_use_fewer = false;  // of the parameters that it is given
 };
 
@@ -34,9 +34,9 @@ enum class Step { kRow, kEnd, kFailed };
 
 // How a stored procedure is called.
 struct ProcedureCall {
-    std::string sql;            // a statement, or several with `is_script`
-    bool is_script = false;     // each of its statements may use all of the parameters
-    bool returns_rows = true;   // false: what comes back is no result
+    std::string sql;           // a statement, or several with `is_script`
+    bool is_script = false;    // each of its statements may use all of the parameters
+    bool returns_rows = true;  // false: what comes back is no result
 };
 
 class Driver {

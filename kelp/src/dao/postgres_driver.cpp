@@ -91,7 +91,7 @@ class PostgresDriver final : public Driver {
     const std::unique_ptr<PgTarget> m_target;
     const std::int64_t m_connect_timeout;
     const int m_timeout_at_connect_ms;
-    int m_timeout_ms;              // what the caller wants
+    int m_timeout_ms;                // what the caller wants
     int m_timeout_on_server_ms = 0;  // what the server was told; -1: unknown
     bool m_timeout_told_in_transaction = false;
 
@@ -106,8 +106,8 @@ class PostgresDriver final : public Driver {
     std::int64_t m_deadline = base::kNever;
     bool m_in_transaction_before = false;
     bool m_is_script = false;  // which may be empty
-    bool m_answered = false;  // something of the running statement has arrived
-    bool m_ended = true;      // nothing more of it will
+    bool m_answered = false;   // something of the running statement has arrived
+    bool m_ended = true;       // nothing more of it will
     dao::CExecStatus m_status;
     std::vector<dao::CColumn> m_columns;
     std::vector<Oid> m_types;
@@ -434,8 +434,7 @@ Step PostgresDriver::Fetch(dao::CRow& row, std::size_t& bytes) {
             if (PQgetisnull(result.get(), 0, column) != 0) {
                 row[i].Clear();
             } else {
-                const auto length =
-                    static_cast<std::size_t>(PQgetlength(result.get(), 0, column));
+                const auto length = static_cast<std::size_t>(PQgetlength(result.get(), 0, column));
                 ReadPg(m_types[i], {PQgetvalue(result.get(), 0, column), length}, row[i], bytes);
             }
         }

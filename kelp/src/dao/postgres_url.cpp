@@ -67,8 +67,9 @@ void PgTarget::Hide(std::string& text) const {
 std::unique_ptr<PgTarget> ParsePostgresUrl(const std::string& url,
                                            const dao::SessionOptions& options, std::string& why) {
     // libpq's own words on a malformed URL repeat the URL, so they cannot be passed on.
-    constexpr const char* kMalformed = "the postgresql: URL is malformed, or libpq does not know "
-                                       "one of its parameters";
+    constexpr const char* kMalformed =
+        "the postgresql: URL is malformed, or libpq does not know "
+        "one of its parameters";
     if (!AuthorityIsClear(url)) {
         why = "the postgresql: URL has more than one @: write %40 for those in a name or password";
         return nullptr;

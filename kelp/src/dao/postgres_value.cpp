@@ -69,7 +69,8 @@ void ReadBlock(std::string_view text, TEValue& cell, std::size_t& bytes) {
     if (text.substr(0, 2) == "\\x") {
         block.resize((text.size() - 2) / 2);
         for (std::size_t i = 0; i < block.size(); ++i) {
-            block[i] = static_cast<char>(HexDigit(text[2 + 2 * i]) * 16 + HexDigit(text[3 + 2 * i]));
+            block[i] =
+                static_cast<char>(HexDigit(text[2 + 2 * i]) * 16 + HexDigit(text[3 + 2 * i]));
         }
     }
     bytes += block.size();
@@ -122,8 +123,7 @@ dao::CExecStatus PgParams::Fill(const dao::CParams& params) {
             case DataTypeEnum::DT_TEXT:
                 if (value.Bytes().find('\0') != std::string_view::npos) {
                     return Refusal(dao::DAO_ERR_DATA,
-                                   "the text of parameter " +
-                                       std::to_string(m_values.size() + 1) +
+                                   "the text of parameter " + std::to_string(m_values.size() + 1) +
                                        " has a zero byte, which PostgreSQL's texts cannot hold");
                 }
                 AddText(value.Bytes());

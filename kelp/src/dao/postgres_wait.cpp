@@ -25,8 +25,8 @@ dao::CExecStatus ConnectFailure(const PgTarget& target, PGconn* connection) {
     std::string text = PlainMessage(message);
     target.Hide(text);
     const int code = state.empty() ? int{dao::DAO_ERR_CONNECT} : PgErrCode(state);
-    return dao::CExecStatus(code == dao::DAO_ERR_OTHER ? int{dao::DAO_ERR_CONNECT} : code, 0,
-                            state, std::move(text));
+    return dao::CExecStatus(code == dao::DAO_ERR_OTHER ? int{dao::DAO_ERR_CONNECT} : code, 0, state,
+                            std::move(text));
 }
 
 }  // namespace
@@ -39,8 +39,8 @@ bool WaitForSocket(PGconn* connection, bool to_read, bool to_write, std::int64_t
         }
         const std::int64_t left_ms = (deadline - now) / base::kMillisecond + 1;
         const auto events = static_cast<short>((to_read ? POLLIN : 0) | (to_write ? POLLOUT : 0));
-        const int ready = Poll(connection, events,
-                               static_cast<int>(std::min<std::int64_t>(left_ms, 3600000)));
+        const int ready =
+            Poll(connection, events, static_cast<int>(std::min<std::int64_t>(left_ms, 3600000)));
         if (ready > 0 || (ready < 0 && errno != EINTR)) {
             return true;  // whatever is wrong with the socket, libpq is to find it
         }

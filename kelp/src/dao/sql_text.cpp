@@ -55,7 +55,8 @@ std::string FirstWord(std::string_view sql) {
 bool GoesBackToSavepoint(std::string_view rollback) {
     TakeWord(rollback);
     const std::string next = TakeWord(rollback);
-    return next == "TO" || ((next == "WORK" || next == "TRANSACTION") && FirstWord(rollback) == "TO");
+    return next == "TO" ||
+           ((next == "WORK" || next == "TRANSACTION") && FirstWord(rollback) == "TO");
 }
 
 bool IsRollback(std::string_view first_word) {

@@ -50,7 +50,7 @@ class SqliteDriver final : public Driver {
     SqliteDriver(SqliteUrl url, const dao::SessionOptions& options)
         : m_url(std::move(url)),
           m_lock_timeout_ms(options.lock_timeout_ms),
-          m_where(m_url.path == ":memory:"       ? "sqlite::memory:"
+          m_where(m_url.path == ":memory:"    ? "sqlite::memory:"
                   : m_url.path.front() == '/' ? "sqlite://" + m_url.path
                                               : "sqlite:" + m_url.path) {}
     ~SqliteDriver() override { SqliteDriver::Finish(); }
@@ -138,8 +138,8 @@ dao::CExecStatus SqliteDriver::Failure(int native_code) const {
 dao::CExecStatus SqliteDriver::Connect() {
     m_db.reset();
     sqlite3* db = nullptr;
-    const int opened = sqlite3_open_v2(m_url.path.c_str(), &db, m_url.flags | SQLITE_OPEN_NOMUTEX,
-                                       nullptr);
+    const int opened =
+        sqlite3_open_v2(m_url.path.c_str(), &db, m_url.flags | SQLITE_OPEN_NOMUTEX, nullptr);
     m_db.reset(db);
     if (opened != SQLITE_OK) {
         const dao::CExecStatus failure = Failure(opened);
@@ -150,11 +150,10 @@ dao::CExecStatus SqliteDriver::Connect() {
     sqlite3_busy_handler(db, OnBusy, this);
     sqlite3_progress_handler(db, kOperationsBetweenLooks, OnProgress, this);
     // As on a server: "x" is a name, never a text; the schema of a file is not trusted.
-    for (const auto& [option, on] : {std::pair(SQLITE_DBCONFIG_DQS_DML, 0),
-                                     std::pair(SQLITE_DBCONFIG_DQS_DDL, 0),
-                                     std::pair(SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0),
-                                     std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1),
-                                     std::pair(SQLITE_DBCONFIG_ENABLE_FKEY, 1)}) {
+    for (const auto& [option, on] :
+         {std::pair(SQLITE_DBCONFIG_DQS_DML, 0), std::pair(SQLITE_DBCONFIG_DQS_DDL, 0),
+          std::pair(SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0), std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1),
+          std::pair(SQLITE_DBCONFIG_ENABLE_FKEY, 1)}) {
         sqlite3_db_config(db, option, on, nullptr);
     }
     dao::CExecStatus status = Run("PRAGMA synchronous=FULL");
@@ -183,9 +182,8 @@ dao::CExecStatus SqliteDriver::Prepare(std::string_view sql, std::size_t* rest,
     auto made = std::make_shared<SqliteStatement>();
     const char* tail = nullptr;
     m_deadline = base::kNever;
-    const int code =
-        sqlite3_prepare_v3(m_db.get(), sql.data(), static_cast<int>(sql.size()),
-                           SQLITE_PREPARE_PERSISTENT, &made->handle, &tail);
+    const int code = sqlite3_prepare_v3(m_db.get(), sql.data(), static_cast<int>(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &made->handle, &tail);
     if (code != SQLITE_OK) {
         return Failure(code);
     }
@@ -201,9 +199,8 @@ dao::CExecStatus SqliteDriver::Prepare(std::string_view sql, std::size_t* rest,
         }
         // Whether something but blanks and comments follows, only SQLite knows.
         sqlite3_stmt* second = nullptr;
-        const int followed =
-            sqlite3_prepare_v2(m_db.get(), tail, static_cast<int>(sql.size() - used), &second,
-                               nullptr);
+        const int followed = sqlite3_prepare_v2(
+            m_db.get(), tail, static_cast<int>(sql.size() - used), &second, nullptr);
         sqlite3_finalize(second);
         if (followed != SQLITE_OK || second != nullptr) {
             return Refusal(dao::DAO_ERR_SYNTAX, "more than one statement in one call");

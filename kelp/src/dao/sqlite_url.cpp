@@ -33,8 +33,7 @@ std::optional<SqliteUrl> ParseSqliteUrl(std::string_view url, std::string& why) 
     }
     const std::optional<std::string> path = PercentDecoded(rest);
     // A name that begins with a colon has, or may get, a meaning of its own for SQLite.
-    if (!path || path->empty() || path->front() == ':' ||
-        path->find('\0') != std::string::npos) {
+    if (!path || path->empty() || path->front() == ':' || path->find('\0') != std::string::npos) {
         why = "a sqlite: URL has a file's path or is sqlite::memory:";
         return std::nullopt;
     }

@@ -6,8 +6,8 @@
 #include <cmath>
 #include <limits>
 
-#include "dao/sqlite_driver.h"
 #include "dao/sql_text.h"
+#include "dao/sqlite_driver.h"
 
 namespace kelp::db {
 
@@ -40,9 +40,9 @@ unsigned long long WideNumber(const void* block) {
 // The text or block at `column`; also for an empty one, for which SQLite gives null.
 std::string_view Octets(const void* data, int length, std::size_t& bytes) {
     bytes += static_cast<std::size_t>(length);
-    return data == nullptr ? std::string_view()
-                           : std::string_view(static_cast<const char*>(data),
-                                              static_cast<std::size_t>(length));
+    return data == nullptr
+               ? std::string_view()
+               : std::string_view(static_cast<const char*>(data), static_cast<std::size_t>(length));
 }
 
 bool Holds(std::string_view upper, std::string_view part) {
@@ -80,8 +80,8 @@ int BindSqlite(sqlite3_stmt* statement, int index, const TEValue& value) {
         case DataTypeEnum::DT_BINARY: {
             const std::string_view block = value.Bytes();
             return block.empty() ? sqlite3_bind_zeroblob(statement, index, 0)
-                                 : sqlite3_bind_blob64(statement, index, block.data(),
-                                                       block.size(), SQLITE_STATIC);
+                                 : sqlite3_bind_blob64(statement, index, block.data(), block.size(),
+                                                       SQLITE_STATIC);
         }
     }
     return SQLITE_MISMATCH;
@@ -99,8 +99,8 @@ SqliteColumn DeclaredType(const char* declaration) {
     column.is_unsigned = Holds(upper, "UNSIGNED");
     // In the order in which SQLite decides a declared type's affinity.
     if (Holds(upper, "INT") || Holds(upper, "BOOL")) {
-        column.type = column.is_unsigned ? DataTypeEnum::DT_UNSIGNED_LONG
-                                         : DataTypeEnum::DT_LONG_LONG;
+        column.type =
+            column.is_unsigned ? DataTypeEnum::DT_UNSIGNED_LONG : DataTypeEnum::DT_LONG_LONG;
     } else if (Holds(upper, "CHAR") || Holds(upper, "CLOB") || Holds(upper, "TEXT")) {
         column.type = DataTypeEnum::DT_TEXT;
     } else if (Holds(upper, "BLOB") || upper == "BYTEA") {

@@ -10,10 +10,11 @@ class Cursors : public OnBothDatabases {
     static constexpr int kMany = 100000;
 
     std::string Numbers() const {
-        return OneOf("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < "
-                     "100000) SELECT i, 'a text of more than twenty-two octets ' || i AS t FROM n",
-                     "SELECT i, 'a text of more than twenty-two octets ' || i AS t FROM "
-                     "generate_series(1, 100000) i");
+        return OneOf(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < "
+            "100000) SELECT i, 'a text of more than twenty-two octets ' || i AS t FROM n",
+            "SELECT i, 'a text of more than twenty-two octets ' || i AS t FROM "
+            "generate_series(1, 100000) i");
     }
 };
 INSTANTIATE_ON_BOTH(Cursors);

@@ -50,9 +50,10 @@ class OnBothDatabases : public testing::TestWithParam<const char*> {
     }
     // A statement that runs for ever.
     std::string Endless() const {
-        return OneOf("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
-                     "SELECT max(i) FROM n",
-                     "SELECT pg_sleep(3600)");
+        return OneOf(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+            "SELECT max(i) FROM n",
+            "SELECT pg_sleep(3600)");
     }
     // The first cell of a statement's first row.
     TEValue Value(const std::string& sql, const dao::CParams& params = {}) {
@@ -66,6 +67,6 @@ class OnBothDatabases : public testing::TestWithParam<const char*> {
     dao::CSqlSession m_session;
 };
 
-#define INSTANTIATE_ON_BOTH(Suite)                                             \
+#define INSTANTIATE_ON_BOTH(Suite)                                                \
     INSTANTIATE_TEST_SUITE_P(Sql, Suite, testing::Values("sqlite", "postgresql"), \
                              [](const auto& of) { return std::string(of.param); })

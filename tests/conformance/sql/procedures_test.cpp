@@ -21,9 +21,9 @@ class Procedures : public OnBothDatabases {
         ASSERT_THAT(Session().Exec("CREATE TABLE IF NOT EXISTS kelp_procedures (name text PRIMARY "
                                    "KEY, body text NOT NULL)"),
                     IsFine());
-        ASSERT_THAT(Session().Exec("INSERT INTO kelp_procedures VALUES ($1, $2)",
-                                   {name, sqlite_body}),
-                    IsFine());
+        ASSERT_THAT(
+            Session().Exec("INSERT INTO kelp_procedures VALUES ($1, $2)", {name, sqlite_body}),
+            IsFine());
     }
     int Count() { return Value("SELECT count(*) FROM ne").As_int(); }
 };
@@ -56,8 +56,9 @@ TEST_P(Procedures, WithRowsAndParameters) {
 }
 
 TEST_P(Procedures, WhoseRowsAreOfTheLastThatHasSome) {
-    Make("renew", "SELECT 'before'; DELETE FROM ne; INSERT INTO ne VALUES ($2, $1); "
-                  "SELECT name FROM ne; UPDATE ne SET name = name",
+    Make("renew",
+         "SELECT 'before'; DELETE FROM ne; INSERT INTO ne VALUES ($2, $1); "
+         "SELECT name FROM ne; UPDATE ne SET name = name",
          "CREATE FUNCTION renew(what text, which bigint) RETURNS SETOF text LANGUAGE sql AS "
          "'DELETE FROM ne; INSERT INTO ne VALUES (which, what); SELECT name FROM ne'");
     dao::CExecResult result;
@@ -104,12 +105,12 @@ TEST_P(Procedures, ArePartOfAnOpenTransaction) {
 }
 
 TEST_P(Procedures, MadeAnewAreFoundAnew) {
-    Make("version", "SELECT 1", "CREATE FUNCTION version_() RETURNS integer LANGUAGE sql "
-                                "AS 'SELECT 1'");
+    Make("version", "SELECT 1",
+         "CREATE FUNCTION version_() RETURNS integer LANGUAGE sql "
+         "AS 'SELECT 1'");
     const std::string name = OneOf("version", "version_");
     EXPECT_THAT(Session().ExecStoredProc(name), IsFine());
-    ASSERT_THAT(Session().Exec(OneOf("DELETE FROM kelp_procedures",
-                                     "DROP FUNCTION version_")),
+    ASSERT_THAT(Session().Exec(OneOf("DELETE FROM kelp_procedures", "DROP FUNCTION version_")),
                 IsFine());
     EXPECT_FALSE(Session().ExecStoredProc(name).IsOk());
     EXPECT_THAT(Session().ExecStoredProc(name), Gives(dao::DAO_ERR_NO_PROCEDURE));
@@ -139,10 +140,14 @@ TEST(PostgresProcedures, OfEveryForm) {
         std::vector<TEValue> params;
         const char* first;  // null: no rows
     } cases[] = {
-        {"other.place", {}, "elsewhere"}, {"OTHER.place", {}, "elsewhere"},
-        {"Mixed", {}, "as written"},      {"MIXED", {}, "folded"},
-        {"twice", {TEValue(21)}, "42"},   {"split", {TEValue(47)}, "4"},
-        {"quiet", {}, nullptr},           {"given", {TEValue(1)}, "6"},
+        {"other.place", {}, "elsewhere"},
+        {"OTHER.place", {}, "elsewhere"},
+        {"Mixed", {}, "as written"},
+        {"MIXED", {}, "folded"},
+        {"twice", {TEValue(21)}, "42"},
+        {"split", {TEValue(47)}, "4"},
+        {"quiet", {}, nullptr},
+        {"given", {TEValue(1)}, "6"},
         {"given", {TEValue(1), TEValue(2)}, "3"},
     };
     for (const auto& c : cases) {

@@ -99,9 +99,13 @@ TEST_P(Statements, FailWithCodes) {
         {"primary key", "INSERT INTO ne(id, name) VALUES (1, 'x')", {}, dao::DAO_ERR_CONSTRAINT},
         {"not null", "INSERT INTO ne(id) VALUES (2)", {}, dao::DAO_ERR_CONSTRAINT},
         {"check", "INSERT INTO ne(id, name) VALUES (13, 'x')", {}, dao::DAO_ERR_CONSTRAINT},
-        {"too few parameters", "SELECT * FROM ne WHERE id = $1 AND name = $2", {TEValue(1)},
+        {"too few parameters",
+         "SELECT * FROM ne WHERE id = $1 AND name = $2",
+         {TEValue(1)},
          dao::DAO_ERR_ARGUMENT},
-        {"too many parameters", "SELECT * FROM ne WHERE id = $1", {TEValue(1), TEValue(2)},
+        {"too many parameters",
+         "SELECT * FROM ne WHERE id = $1",
+         {TEValue(1), TEValue(2)},
          dao::DAO_ERR_ARGUMENT},
     };
     for (const auto& c : cases) {
@@ -125,8 +129,7 @@ TEST_P(Statements, TheStatusKeepsTheDatabasesOwnCode) {
 }
 
 TEST_P(Statements, AZeroByteInTheTextIsRefused) {
-    EXPECT_THAT(Session().Exec(std::string_view("SELECT 1\0 2", 11)),
-                Gives(dao::DAO_ERR_ARGUMENT));
+    EXPECT_THAT(Session().Exec(std::string_view("SELECT 1\0 2", 11)), Gives(dao::DAO_ERR_ARGUMENT));
 }
 
 TEST_P(Statements, AParameterMayStandSeveralTimesAndInAnyOrder) {
@@ -211,8 +214,7 @@ TEST_P(Statements, MoreTextsThanAreKept) {
 
 TEST_P(Statements, PreparingTellsWhatIsWrong) {
     dao::CStatement statement;
-    EXPECT_THAT(Session().Prepare("SELECT nothing FROM ne", statement),
-                Gives(dao::DAO_ERR_SYNTAX));
+    EXPECT_THAT(Session().Prepare("SELECT nothing FROM ne", statement), Gives(dao::DAO_ERR_SYNTAX));
     EXPECT_THAT(statement.Exec(), Gives(dao::DAO_ERR_ARGUMENT));
     EXPECT_THAT(statement.Query().GetStatus(), Gives(dao::DAO_ERR_ARGUMENT));
 }
@@ -251,8 +253,9 @@ TEST_P(Statements, ResultsHaveLimits) {
     options.max_rows = 10;
     options.max_bytes = 10000;
     ASSERT_THAT(Session().Open(Url(), options), IsFine());
-    const std::string numbers = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
-                                "WHERE i < $1) SELECT i FROM n";
+    const std::string numbers =
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
+        "WHERE i < $1) SELECT i FROM n";
     const dao::CExecResult most = Session().Query(
         IsSqlite() ? numbers : "SELECT * FROM generate_series(1, CAST($1 AS integer))", {10});
     EXPECT_THAT(most.GetStatus(), IsFine());
@@ -261,8 +264,8 @@ TEST_P(Statements, ResultsHaveLimits) {
         IsSqlite() ? numbers : "SELECT * FROM generate_series(1, CAST($1 AS integer))", {1000000});
     EXPECT_THAT(more.GetStatus(), Gives(dao::DAO_ERR_LIMIT));
     EXPECT_EQ(more.GetRowCount(), 0U);
-    const std::string large = OneOf("SELECT CAST(zeroblob(12000) AS text)",
-                                    "SELECT repeat('x', 12000)");
+    const std::string large =
+        OneOf("SELECT CAST(zeroblob(12000) AS text)", "SELECT repeat('x', 12000)");
     EXPECT_THAT(Session().Query(large).GetStatus(), Gives(dao::DAO_ERR_LIMIT));
     EXPECT_THAT(Session().Exec(large), IsFine());  // dropped rows have no limit
 }

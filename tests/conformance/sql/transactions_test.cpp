@@ -126,8 +126,7 @@ TEST_P(Transactions, ContendWithoutLosingAnUpdate) {
             ASSERT_THAT(change.GetStatus(), IsFine());
             const dao::CExecResult now =
                 own.Query(OneOf("SELECT v FROM total", "SELECT v FROM total FOR UPDATE"));
-            ASSERT_THAT(own.Exec("UPDATE total SET v = $1", {now.At(0, 0).As_int() + 1}),
-                        IsFine());
+            ASSERT_THAT(own.Exec("UPDATE total SET v = $1", {now.At(0, 0).As_int() + 1}), IsFine());
             ASSERT_THAT(change.Commit(), IsFine());
         }
     };

@@ -107,10 +107,19 @@ TEST_P(Values, NotANumber) {
 }
 
 TEST_P(Values, Texts) {
-    const std::string texts[] = {
-        "", " ", "plain", "Zoë Ångström", "東京 2F", "\xF0\x9F\x9A\x80", "it's \"quoted\" \\ $1 ?",
-        "tab\tline\nreturn\r\x01", std::string(22, 'a'), std::string(23, 'b'),
-        std::string(100000, 'c'), "NULL", "17"};
+    const std::string texts[] = {"",
+                                 " ",
+                                 "plain",
+                                 "Zoë Ångström",
+                                 "東京 2F",
+                                 "\xF0\x9F\x9A\x80",
+                                 "it's \"quoted\" \\ $1 ?",
+                                 "tab\tline\nreturn\r\x01",
+                                 std::string(22, 'a'),
+                                 std::string(23, 'b'),
+                                 std::string(100000, 'c'),
+                                 "NULL",
+                                 "17"};
     for (const std::string& text : texts) {
         SCOPED_TRACE(text.substr(0, 40));
         const TEValue read = RoundTrip("text", text);
@@ -177,9 +186,9 @@ TEST_P(Values, EmptyIsNotNull) {
 }
 
 TEST_P(Values, AValueThatTheColumnCannotTake) {
-    ASSERT_THAT(Session().Exec(OneOf("CREATE TABLE n (v integer) STRICT",
-                                     "CREATE TABLE n (v integer)")),
-                IsFine());
+    ASSERT_THAT(
+        Session().Exec(OneOf("CREATE TABLE n (v integer) STRICT", "CREATE TABLE n (v integer)")),
+        IsFine());
     EXPECT_THAT(Session().Exec("INSERT INTO n VALUES ($1)", {"not a number"}),
                 Gives(dao::DAO_ERR_DATA));
 }

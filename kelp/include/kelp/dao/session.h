@@ -85,7 +85,7 @@ struct SessionOptions {
     std::size_t max_rows = 1000000;    // of a result in memory (cursors have no limit)
     std::size_t max_bytes = std::size_t{256} << 20;  // likewise: 24 a cell and what longer
                                                      // texts and blocks take
-    std::size_t cached_statements = 64;  // prepared and kept, the least used go first
+    std::size_t cached_statements = 64;              // prepared and kept, the least used go first
 
     SessionOptions() = default;
     SessionOptions(const SessionOptions&) = default;
@@ -151,10 +151,18 @@ class CParams {
     CParams(const TEValue* values, std::size_t count) noexcept : m_data(values), m_size(count) {}
     CParams(const NoParamType&) noexcept {}
 
-    std::size_t size() const noexcept { return m_size; }
-    const TEValue& operator[](std::size_t i) const noexcept { return m_data[i]; }
-    const TEValue* begin() const noexcept { return m_data; }
-    const TEValue* end() const noexcept { return m_data + m_size; }
+    std::size_t size() const noexcept {
+        return m_size;
+    }
+    const TEValue& operator[](std::size_t i) const noexcept {
+        return m_data[i];
+    }
+    const TEValue* begin() const noexcept {
+        return m_data;
+    }
+    const TEValue* end() const noexcept {
+        return m_data + m_size;
+    }
 
   private:
     const TEValue* m_data = nullptr;
@@ -246,8 +254,8 @@ class KELP_API CSqlSession {
                                const CSqlID& id = {}) noexcept;
     // The same; `result` gets the rows: of a function what it returns (of a void one none), of
     // a procedure its INOUT parameters, on SQLite those of the last statement that has columns.
-    CExecStatus ExecStoredProc(const std::string& name, const CParams& params,
-                               CExecResult& result, const CSqlID& id = {}) noexcept;
+    CExecStatus ExecStoredProc(const std::string& name, const CParams& params, CExecResult& result,
+                               const CSqlID& id = {}) noexcept;
 
     enum class Access { kWrite, kRead };
     // A transaction that may write takes SQLite's write lock at once, so that it cannot fail
