@@ -50,9 +50,9 @@ void ListElements(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     }
 }
 
-// The element's address as the inventory has it.
+// The element as the inventory knows it.
 std::string AddressOf(const Arguments& arguments) {
-    return PeerOf(arguments, Access::kRead).address;
+    return NameOf(PeerOf(arguments, Access::kRead));
 }
 
 [[noreturn]] void FailAsUnknown(const std::string& address) {

@@ -113,7 +113,7 @@ void ReadInterfaces(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
             FillRow(row, columns, index, counters, rates.at(index));
             answer.AddRow(row_number++, row);
         }
-        inventory::RememberInterfaces(peer.address, answer);
+        inventory::RememberInterfaces(NameOf(peer), answer);
     } catch (const snmp::Error& e) {
         throw FailureOf(e, peer);
     }

@@ -31,7 +31,7 @@ void ReadSystem(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
         answer["sysName"] = text(4);
         answer["sysLocation"] = text(5);
         answer["##RowCount"] = 1;
-        inventory::RememberSystem(peer.address, answer);
+        inventory::RememberSystem(NameOf(peer), answer);
     } catch (const snmp::Error& e) {
         throw FailureOf(e, peer);
     }
