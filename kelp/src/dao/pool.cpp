@@ -16,10 +16,9 @@ namespace kelp::db {
 
 class PoolCore {
   public:
-    PoolCore(std::string url, dao::PoolOptions options)
-        : m_url(std::move(url)), m_options(std::move(options)) {
-        // A database in memory belongs to its one session.
-        if (m_options.max_sessions == 0 || m_url == "sqlite::memory:") {
+    PoolCore(dao::CSessionPool::Opener open, dao::PoolOptions options)
+        : m_open(std::move(open)), m_options(std::move(options)) {
+        if (m_options.max_sessions == 0) {
             m_options.max_sessions = 1;
         }
     }
@@ -46,7 +45,7 @@ class PoolCore {
         std::int64_t since;
     };
 
-    const std::string m_url;
+    const dao::CSessionPool::Opener m_open;
     dao::PoolOptions m_options;
 
     Mutex m_mutex;
@@ -98,7 +97,7 @@ dao::CExecStatus PoolCore::MakeReady(std::unique_ptr<dao::CSqlSession>& session,
         return {};
     }
     session = std::make_unique<dao::CSqlSession>();
-    return session->Open(m_url, m_options.session);
+    return m_open(*session, m_options.session);
 }
 
 void PoolCore::GiveBack(std::unique_ptr<dao::CSqlSession> session) {
@@ -134,8 +133,27 @@ void PoolCore::Stop() {
 
 namespace dao {
 
+namespace {
+
+PoolOptions For(const std::string& url, PoolOptions options) {
+    // A database in memory belongs to its one session.
+    if (url == "sqlite::memory:") {
+        options.max_sessions = 1;
+    }
+    return options;
+}
+
+}  // namespace
+
 CSessionPool::CSessionPool(std::string url, PoolOptions options)
-    : m_core(std::make_shared<kelp::db::PoolCore>(std::move(url), std::move(options))) {}
+    : CSessionPool(
+          [url](CSqlSession& session, SessionOptions session_options) {
+              return session.Open(url, std::move(session_options));
+          },
+          For(url, std::move(options))) {}
+
+CSessionPool::CSessionPool(Opener open, PoolOptions options)
+    : m_core(std::make_shared<kelp::db::PoolCore>(std::move(open), std::move(options))) {}
 
 CSessionPool::~CSessionPool() {
     m_core->Stop();

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -37,6 +38,10 @@ class KELP_API CSessionPool {
     // Connects nothing yet: sessions are opened when they are first needed, on the thread
     // that needs them. `options.session` may hold the credentials. Throws only std::bad_alloc.
     explicit CSessionPool(std::string url, PoolOptions options = {});
+    // Opens its sessions by calling `open` with `options.session`, for instance on a configured
+    // database (OpenConfigured). It is called by any thread that leases, by several at once.
+    using Opener = std::function<CExecStatus(CSqlSession&, SessionOptions)>;
+    CSessionPool(Opener open, PoolOptions options = {});
     // Leases that are still out stay valid; their sessions are closed when they end.
     ~CSessionPool();
     CSessionPool(const CSessionPool&) = delete;
