@@ -16,6 +16,7 @@ using FrameUtil::CParaSet;
 using support::As;
 using support::Built;
 using support::CodecOf;
+using support::Element;
 using support::Hex;
 
 constexpr const char* kNoRoom = "null: the buffer is too small";
@@ -309,6 +310,66 @@ TEST(Build, ItemsInTheFilesOrder) {
                    "7 0 a 2 -1 130\n"
                    "1102 0 in 1100 -1 -1\n1102 0 on 48 1100 161\n"),
           rows);
+}
+
+// However many items a key has, each finds its own child, in the file's order, and whatever
+// the structure has not is entered.
+TEST(Build, DescriptionsOfEverySize) {
+    for (const int items : {1, 2, 31, 32, 33, 34, 100, 1000}) {
+        SCOPED_TRACE(items);
+        std::string table;
+        CParaSet all("para");
+        CParaSet some("para");
+        std::string all_octets;
+        std::string some_octets;
+        for (int i = 0; i < items; ++i) {
+            const int number = i * 37 % 1009;  // neither rising nor falling
+            const std::string name = "n" + std::to_string(number);
+            table += "1100 0 " + name + " 2 -1 -1\n";
+            all[name] = i % 100;
+            all_octets += {'\x02', '\x01', static_cast<char>(i % 100)};
+            if (i % 3 == 0) {
+                some[name] = i % 100;
+                some_octets += {'\x02', '\x01', static_cast<char>(i % 100)};
+            }
+        }
+        all["a"] = some["a"] = 1;  // in front of them all, and behind
+        all["z"] = some["z"] = 1;
+        const auto codec = CodecOf(table);
+        std::string why;
+        EXPECT_EQ(support::Build(*codec, all, {1100}, 5000, why).substr(5), all_octets);
+        for (int round = 0; round < 2; ++round) {
+            EXPECT_EQ(support::Build(*codec, some, {1100}, 5000, why).substr(5), some_octets);
+            EXPECT_EQ(some.GetMapValue().size(), static_cast<std::size_t>(items) + 2);
+        }
+    }
+}
+
+// Names of every length, and others that differ from them in one octet only.
+TEST(Build, ANameIsItselfInEveryOctet) {
+    for (std::size_t size = 1; size <= 40; ++size) {
+        const std::string name(size, 'n');
+        const auto codec = CodecOf("1100 0 " + name + " 2 -1 -1\n");
+        CParaSet para(name.c_str());
+        para[name] = 7;
+        EXPECT_EQ(Built(*codec, para, {1100}), "30 83 00 00 03 02 01 07") << size;
+        CParaSet others("para");
+        for (std::size_t at = 0; at < size; ++at) {
+            std::string other = name;
+            other[at] = 'o';
+            others[other] = 7;
+            other[at] = 'm';
+            others[other] = 7;
+        }
+        others[name + "n"] = 7;
+        others[name.substr(1) + "."];  // ends in a dot: a child without a name below it
+        EXPECT_EQ(Built(*codec, others, {1100}), "30 83 00 00 00") << size;
+        // As a name of a named value it is written whole.
+        std::string why;
+        para.SetType(CParaSet::PARA_INT);
+        EXPECT_EQ(support::Build(*codec, para, {258}, 100, why).substr(5, 2 + size),
+                  Element(4, name));
+    }
 }
 
 // A description item of type 5 always writes 05 00, whether or not a child of that name
