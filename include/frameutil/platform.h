@@ -9,6 +9,7 @@
 #pragma once
 
 #include "frameutil/export.h"
+#include "frameutil/start.h"
 #include "frameutil/white_list.h"
 
 namespace FrameUtil {

@@ -98,8 +98,6 @@ TEST(WhiteListText, CommandCodes) {
     }
     for (const std::string entry : {"", "4294967296", "99999999999999999999", "-1", "+1", "007",
                                     "00", "0x10", "7 ", "7\r", "1.0", "1e3", "abc", "21 67"}) {
-        "7\0"
-    }) {
         EXPECT_FALSE(IsCommandCode(entry)) << entry;
     }
     EXPECT_FALSE(IsCommandCode("7\0"s));
