@@ -84,7 +84,7 @@ class FRAMEUTIL_API CFrameTaskMgr {
     friend class Singleton<CFrameTaskMgr>;
 
     CFrameTaskMgr();
-    ~CFrameTaskMgr();
+    ~CFrameTaskMgr() = default;  // the task manager is the application manager's
 
     static std::atomic<CFrameTaskMgr*> m_pInstance;
     KelpGnlTaskMgr* m_pTaskMgr = nullptr;

@@ -98,7 +98,12 @@ unsigned int ErrorManage::FormatAttr(const std::string& id, enAttrType attr, ...
     std::string text;
     const auto buffer = std::make_unique<char[]>(kFormatSize);
     std::va_list arguments;
+    // An enumeration of int is passed as an int, which is all that is asked of the last
+    // argument with a name.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wvarargs"
     va_start(arguments, attr);
+#pragma GCC diagnostic pop
     const int length = Format(buffer.get(), text, arguments);
     va_end(arguments);
 

@@ -36,9 +36,6 @@ CFrameTaskMgr::CFrameTaskMgr() {
     m_pTaskMgr = manager.release();
 }
 
-// The task manager is the application manager's.
-CFrameTaskMgr::~CFrameTaskMgr() = default;
-
 CFrameTaskMgr* CFrameTaskMgr::Instance() {
     return Singleton<CFrameTaskMgr>::Instance(m_pInstance);
 }
