@@ -131,6 +131,9 @@ bool DescTable::TakeLine(std::string& line, int& fields) {
 }
 
 void DescTable::Load(const std::string& file, DescReport* report) {
+    if (report != nullptr) {
+        *report = DescReport();  // of this file, whatever it was used for before
+    }
     const File input = OpenRegular(file);
     if (input == nullptr && report != nullptr) {
         report->error = errno;
