@@ -5,4 +5,5 @@
 #include "frameutil/log.h"
 #include "frameutil/msg.h"
 #include "frameutil/paraset.h"
+#include "frameutil/platform.h"
 #include "frameutil/version.h"

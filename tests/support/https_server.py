@@ -33,7 +33,8 @@ class Line:
     """A port, its certificate, and how it treats those who connect."""
 
     def __init__(self, folder, name, certificate="server", client_ca=None, newest=None,
-                 handshake=True):
+                 handshake=True, always=None):
+        self.always = always  # the path that every request counts as
         self.folder, self.name, self.certificate = folder, name, certificate
         self.client_ca, self.newest, self.handshake = client_ca, newest, handshake
         self.lock = threading.Lock()
@@ -250,6 +251,7 @@ def serve(line, connection):
         with line.lock:
             line.requests += 1
         State.last = request.spelled()
+        request.path = line.always or request.path
         if request.path in PATHS:
             if PATHS[request.path](connection) is not True:
                 return
@@ -307,6 +309,10 @@ def main(folder):
         Line(folder, "strangers", client_ca="other_ca"),
         Line(folder, "silent", handshake=False),
         Line(folder, "slammed", handshake=None),
+        Line(folder, "closing", always="/close"),
+        Line(folder, "cutting", always="/cut"),
+        Line(folder, "endless", always="/endless"),
+        Line(folder, "dripping", always="/drip"),
     ]
     for line in lines:
         print(line.name, line.port)
