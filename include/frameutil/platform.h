@@ -1,5 +1,7 @@
-// frameutil/platform.h - what the library offers a process as a whole: memory for small
-// blocks, the flag word, and how large the managed network is.
+// frameutil/platform.h - what the library offers a process as a whole: its start and end
+// (frameutil/start.h), its white list (frameutil/white_list.h), the REST groups it serves
+// (frameutil/restgroup.h), memory for small blocks, the flag word, and how large the
+// managed network is.
 //
 //     char* text = static_cast<char*>(FrameUtil::Malloc(12));
 //     ...
@@ -9,6 +11,7 @@
 #pragma once
 
 #include "frameutil/export.h"
+#include "frameutil/restgroup.h"
 #include "frameutil/start.h"
 #include "frameutil/white_list.h"
 

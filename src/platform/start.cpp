@@ -1,13 +1,11 @@
 #include "frameutil/start.h"
 
 #include "frameutil/error_manage.h"
-#include "frameutil/platform.h"
+#include "frameutil/restgroup.h"
 #include "kelp/log.h"
 #include "kelp/service_agent.h"
 
 namespace FrameUtil {
-
-int LoadMRBRestGroup();
 
 void Init() {
     CFrameTaskMgr::Instance();
