@@ -1,7 +1,14 @@
+// Design notes. The object is made under the lock of all singletons, but the process is not
+// ended there: exit() runs what the process registered for its end, and that lock is among
+// what goes. So a constructor that fails cleans up, throws, and Instance() ends the process
+// when the lock is free. Threads that waited for it fail in turn; the first one ends the
+// process, since exit() is one thread's.
+
 #include <ace/OS_NS_stdlib.h>
 #include <ace/Thread_Manager.h>
 
 #include <memory>
+#include <mutex>
 
 #include "base/singleton.h"
 #include "frameutil/log.h"
@@ -12,11 +19,12 @@ namespace FrameUtil {
 
 namespace {
 
-// A server without its workers would accept commands and answer none of them.
-[[noreturn]] void EndProcess(std::unique_ptr<KelpGnlTaskMgr> manager) {
-    Trace("Initialize frame task manager fail!\n");
-    KelpAppMgr::Destroy();
-    manager.reset();
+/// A server without its workers would accept commands and answer none of them.
+struct NoWorkers {};
+
+[[noreturn]] void EndProcess() {
+    static std::mutex& ending = *new std::mutex;  // never destroyed: held at the very end
+    ending.lock();
     ACE_OS::exit(1);
     __builtin_unreachable();
 }
@@ -31,13 +39,20 @@ CFrameTaskMgr::CFrameTaskMgr() {
     auto manager =
         std::make_unique<KelpGnlTaskMgr>(app, ACE_Thread_Manager::instance(), kId, threads);
     if (!manager->Initialize() || !app->TMInsertTaskMgr(manager.get(), true)) {
-        EndProcess(std::move(manager));
+        Trace("Initialize frame task manager fail!\n");
+        KelpAppMgr::Destroy();
+        manager.reset();
+        throw NoWorkers();
     }
     m_pTaskMgr = manager.release();
 }
 
 CFrameTaskMgr* CFrameTaskMgr::Instance() {
-    return Singleton<CFrameTaskMgr>::Instance(m_pInstance);
+    try {
+        return Singleton<CFrameTaskMgr>::Instance(m_pInstance);
+    } catch (const NoWorkers&) {
+        EndProcess();
+    }
 }
 
 void CFrameTaskMgr::Destroy() {

@@ -5,6 +5,8 @@
 #include <pthread.h>
 
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "frameutil/start.h"
 #include "steps.h"
@@ -78,6 +80,21 @@ TEST_F(EndOfProcess, IdentifierIsTaken) {
             Init();
         },
         testing::ExitedWithCode(1), Report("a task manager was not inserted"));
+}
+
+// Whoever comes first ends the process, once.
+TEST_F(EndOfProcess, ManyThreads) {
+    EXPECT_EXIT(
+        {
+            std::vector<std::thread> threads;
+            for (int t = 0; t < 8; ++t) {
+                threads.emplace_back([] { CFrameTaskMgr::Instance(); });
+            }
+            for (std::thread& thread : threads) {
+                thread.join();
+            }
+        },
+        testing::ExitedWithCode(1), "Initialize frame task manager fail!");
 }
 
 }  // namespace

@@ -1,20 +1,28 @@
 #include "steps.h"
 
 #include <cstdio>
+#include <mutex>
 
 #include "frameutil/start.h"
 
 namespace {
 
-std::vector<std::string>& List() {
-    static std::vector<std::string> list;
-    return list;
+struct Steps {
+    std::mutex mutex;
+    std::vector<std::string> list;
+    bool show = false;
+};
+
+Steps& TheSteps() {
+    static Steps& steps = *new Steps;  // steps are taken until the very end
+    return steps;
 }
-bool g_show = false;
 
 void Note(const std::string& step) {
-    List().push_back(step);
-    if (g_show) {
+    Steps& steps = TheSteps();
+    const std::lock_guard<std::mutex> lock(steps.mutex);
+    steps.list.push_back(step);
+    if (steps.show) {
         std::fprintf(stderr, "<%s>\n", step.c_str());
     }
 }
@@ -22,13 +30,19 @@ void Note(const std::string& step) {
 }  // namespace
 
 std::vector<std::string> steps::Taken() {
-    return List();
+    Steps& steps = TheSteps();
+    const std::lock_guard<std::mutex> lock(steps.mutex);
+    return steps.list;
 }
 void steps::Forget() {
-    List().clear();
+    Steps& steps = TheSteps();
+    const std::lock_guard<std::mutex> lock(steps.mutex);
+    steps.list.clear();
 }
 void steps::ShowOnStandardError() {
-    g_show = true;
+    Steps& steps = TheSteps();
+    const std::lock_guard<std::mutex> lock(steps.mutex);
+    steps.show = true;
 }
 
 // name: as it is noted; symbol: the operation's, without arguments.

@@ -7,7 +7,7 @@
 //     FrameUtil::Init();
 //     EXPECT_THAT(steps::Taken(), ElementsAre("CFrameTaskMgr::Instance", ...));
 //
-// one thread.
+// thread-safe.
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ void Forget();
 /// outside.
 void ShowOnStandardError();
 
-/// What the loading of the REST process groups returns.
+/// What the loading of the REST process groups returns; set while nobody loads them.
 inline int rest_group_result = 0;
 
 }  // namespace steps
