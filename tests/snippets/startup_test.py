@@ -4,10 +4,12 @@ with status 0 when it is told to; without a place for its socket it ends with st
 
 import os
 import pathlib
+import re
 import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 PROGRAM = sys.argv.pop(1)
@@ -29,12 +31,23 @@ class StartupTest(unittest.TestCase):
             env={**os.environ, "OSS_ROOT": str(self.root), "MGMTSIZE": "1500",
                  "KELP_LOG_LEVEL": "info", **environment})
 
+    def stop(self, program):
+        """Sends SIGTERM once the program waits for it: before that the signal would be
+        that of whoever handled it until then."""
+        bit = 1 << (signal.SIGTERM - 1)
+        deadline = time.monotonic() + 30
+        status = pathlib.Path(f"/proc/{program.pid}/status")
+        while not int(re.search(r"SigCgt:\s+(\w+)", status.read_text())[1], 16) & bit:
+            self.assertLess(time.monotonic(), deadline, "the program does not wait")
+            time.sleep(0.005)
+        program.send_signal(signal.SIGTERM)
+        return program.communicate(timeout=30)
+
     def test_starts_serves_and_ends(self):
         with self.start() as program:
             self.assertEqual(program.stdout.readline(), "ready\n")
             self.assertTrue((self.root / "var/run/3001.1.sock").exists())
-            program.send_signal(signal.SIGTERM)
-            output, log = program.communicate(timeout=30)
+            output, log = self.stop(program)
         self.assertEqual((program.returncode, output), (0, ""))
         for line in ("[Frame]MGMTSIZE is too small, return min value",
                      "[Frame]get MGMTSIZE: 2000", "[Frame]get max thread num: 10",
@@ -47,8 +60,7 @@ class StartupTest(unittest.TestCase):
         with self.start() as program:
             self.assertEqual(program.stdout.readline(), "errors have no texts\n")
             self.assertEqual(program.stdout.readline(), "ready\n")
-            program.send_signal(signal.SIGTERM)
-            _, log = program.communicate(timeout=30)
+            _, log = self.stop(program)
         self.assertEqual(program.returncode, 0)
         self.assertIn("res/errors.res:2: there is no '=' in the line", log)
         self.assertIn("[Frame]failed to init res file=", log)
