@@ -32,6 +32,10 @@ std::string CharacterFault(std::string_view line) {
         if ((step.character < 0x20 && step.character != '\t') || step.character == 0x7F) {
             return "there is a control character" + place;
         }
+        if (step.character == 0xFEFF) {
+            // Of a file that was put behind another: it would be an unseen part of a key.
+            return "there is a byte-order mark" + place;
+        }
         at += step.length;
     }
     return {};

@@ -91,6 +91,10 @@ TEST(ResourceText, WhatIsRefused) {
         {"a character cut", "a=\xE6\x9D", "the line is not UTF-8 (octet 3 of the line)"},
         {"overlong", "a=\xC0\xAF", "the line is not UTF-8 (octet 3 of the line)"},
         {"surrogate", "a=\xED\xA0\x80", "the line is not UTF-8 (octet 3 of the line)"},
+        {"a byte-order mark later",
+         "\xEF\xBB\xBF"
+         "a=b",
+         "there is a byte-order mark (octet 1 of the line)"},
         {"too long", "a=" + std::string(kMaxLine - 1, 'x'), "the line is longer than 65536 octets"},
         {"UTF-16",
          "\xff\xfe"
@@ -108,6 +112,17 @@ TEST(ResourceText, WhatIsRefused) {
             EXPECT_TRUE(entries.empty()) << c.name;
         }
     }
+}
+
+TEST(ResourceText, SecondByteOrderMarkIsRefused) {
+    std::vector<Entry> entries;
+    Fault fault;
+    EXPECT_FALSE(
+        kelp::resource::Parse("\xEF\xBB\xBF\xEF\xBB\xBF"
+                              "a=b",
+                              entries, fault));
+    EXPECT_EQ(fault.line, 1u);
+    EXPECT_EQ(fault.what, "there is a byte-order mark (octet 1 of the line)");
 }
 
 // Whatever becomes of a file's octets, nothing beyond them is read, and a refusal has a
