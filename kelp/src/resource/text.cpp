@@ -23,18 +23,20 @@ std::string_view Trim(std::string_view text) {
 // What cannot stand in any line, a comment's included: an editor that shows the file
 // shows all of it. "" when there is nothing of the kind.
 std::string CharacterFault(std::string_view line) {
-    for (std::size_t at = 0; at < line.size();) {
+    const char* what = nullptr;
+    std::size_t at = 0;
+    while (at < line.size()) {
         const log::Utf8Step step = log::NextCharacter(line.substr(at));
-        const std::string place = " (octet " + std::to_string(at + 1) + " of the line)";
         if (!step.valid) {
-            return "the line is not UTF-8" + place;
-        }
-        if ((step.character < 0x20 && step.character != '\t') || step.character == 0x7F) {
-            return "there is a control character" + place;
-        }
-        if (step.character == 0xFEFF) {
+            what = "the line is not UTF-8";
+        } else if ((step.character < 0x20 && step.character != '\t') || step.character == 0x7F) {
+            what = "there is a control character";
+        } else if (step.character == 0xFEFF) {
             // Of a file that was put behind another: it would be an unseen part of a key.
-            return "there is a byte-order mark" + place;
+            what = "there is a byte-order mark";
+        }
+        if (what != nullptr) {
+            return std::string(what) + " (octet " + std::to_string(at + 1) + " of the line)";
         }
         at += step.length;
     }
