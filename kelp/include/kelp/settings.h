@@ -6,6 +6,10 @@
 //
 //     std::map<std::string, std::string> info;
 //     if (KELPcommonWrap::SysConfigure().getDBServerInfoByDBName("MCDB", info) == 0) ...
+//     ns_kelpsdk_wrap::GetIRBaseURL() + "/rest/mrb/v1/getrestgroupinfo"
+//
+//     std::string tag;
+//     KELPSetting::Setting::instance()->getParamValue("/kelp/sac/services/nemgr/svctag", tag);
 //
 // The environment variable OSS_ROOT names the installation root; the processes of one
 // installation share it. It is read at every call.
@@ -15,6 +19,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "kelp/export.h"
 
@@ -25,6 +30,12 @@ namespace ns_kelpsdk_wrap {
 // directory need not exist. Without a root the result is empty, and a warning in the log
 // says that OSS_ROOT is not set.
 KELP_API std::string GetPackageRelativePath(const std::string& root, const std::string& relative);
+
+// The address of the platform's REST gateway, "https://HOST:PORT" with no slash at its end,
+// to which a path is appended: member "baseUrl" of member "gateway" of OSS_ROOT/etc/kelp.json.
+// "" when there is none or it is no such address; a warning in the log says why, naming file
+// and line. The file is read again when it has changed.
+KELP_API std::string GetIRBaseURL();
 
 }  // namespace ns_kelpsdk_wrap
 
@@ -58,3 +69,45 @@ class KELP_API SysConfigure {
 };
 
 }  // namespace KELPcommonWrap
+namespace KELPSetting {
+
+// What asking for a setting ends with, besides 0.
+enum SettingCode : int {
+    SETTING_ERR_NO_ROOT = 0x43510011,    // OSS_ROOT is not set
+    SETTING_ERR_FILE = 0x43510012,       // etc/kelp.json cannot be read
+    SETTING_ERR_FORMAT = 0x43510013,     // it is no strict JSON, or the value is no text or integer
+    SETTING_ERR_NOT_FOUND = 0x43510014,  // there is no such group or parameter
+};
+
+// The platform's settings: a tree of groups with parameters as its leaves, which stands as
+// member "settings" in OSS_ROOT/etc/kelp.json:
+//
+//     "settings": {"kelp": {"sac": {"services": {
+//         "nemgr": {"svctag": "nemgr", "msgProcess": {"executableFile": "nemgr"}}}}}}
+//
+// Its parameters are "/kelp/sac/services/nemgr/svctag" and
+// "/kelp/sac/services/nemgr/msgProcess/executableFile". thread-safe. Nothing here is logged:
+// the caller has the code.
+class KELP_API Setting {
+  public:
+    // The process's one object; it has no state and is never released.
+    static Setting* instance() noexcept;
+
+    // Replaces `subGroups` by the paths of the groups directly within `group`, sorted, each
+    // with a slash at its end so that a parameter's name can be appended:
+    // "/kelp/sac/services/nemgr/". The slash at the end of `group` may be left out.
+    //
+    // Result: 0, also when the group holds parameters only; otherwise one of SettingCode, and
+    // `subGroups` is as it was.
+    int getGroupSubGroups(const std::string& group, std::vector<std::string>& subGroups);
+
+    // Puts the text of the parameter `param`, or an integer's decimal digits, into `value`.
+    //
+    // Result: 0 or one of SettingCode, and `value` is as it was.
+    int getParamValue(const std::string& param, std::string& value);
+
+  private:
+    Setting() = default;
+};
+
+}  // namespace KELPSetting
