@@ -156,7 +156,10 @@ Outcome Perform(Handle& handle, Method method, const std::string& url,
     Set(easy, CURLOPT_CONNECTTIMEOUT_MS,
         std::min(timeout_ms, static_cast<long>(limits.connect_ms)));
     Set(easy, CURLOPT_FORBID_REUSE, request.iKeepAlive == 0 ? 1L : 0L);
-    Set(easy, CURLOPT_FRESH_CONNECT, handle.HasQuietConnection() ? 0L : 1L);
+    // The transfer library itself does not see every closed connection; a GET can be sent
+    // again then, but nothing else.
+    const bool fresh = method != Method::kGet && !handle.HasQuietConnection();
+    Set(easy, CURLOPT_FRESH_CONNECT, fresh ? 1L : 0L);
     Set(easy, CURLOPT_HEADERFUNCTION, &OnHeader);
     Set(easy, CURLOPT_HEADERDATA, &course);
     Set(easy, CURLOPT_WRITEFUNCTION, &OnBody);
@@ -166,8 +169,14 @@ Outcome Perform(Handle& handle, Method method, const std::string& url,
 
     const std::int64_t began = base::SystemMonotonicNs();
     {
-        const WithoutSigPipe quiet;
+        WithoutSigPipe quiet;
         course.outcome.result = curl_easy_perform(easy);
+        // Another connection may have been closed for a new one, or written to in vain.
+        long connects = 1;
+        curl_easy_getinfo(easy, CURLINFO_NUM_CONNECTS, &connects);
+        if (course.outcome.result == CURLE_OK && connects == 0) {
+            quiet.NothingBroke();
+        }
     }
     // The transfer library counts in whole milliseconds and from a little earlier.
     course.outcome.in_full =
