@@ -156,10 +156,9 @@ Outcome Perform(Handle& handle, Method method, const std::string& url,
     Set(easy, CURLOPT_CONNECTTIMEOUT_MS,
         std::min(timeout_ms, static_cast<long>(limits.connect_ms)));
     Set(easy, CURLOPT_FORBID_REUSE, request.iKeepAlive == 0 ? 1L : 0L);
-    // The transfer library itself does not see every closed connection; a GET can be sent
-    // again then, but nothing else.
-    const bool fresh = method != Method::kGet && !handle.HasQuietConnection();
-    Set(easy, CURLOPT_FRESH_CONNECT, fresh ? 1L : 0L);
+    // The transfer library looks for a closed connection only: what a server has said unasked
+    // would be taken for the answer to this request.
+    Set(easy, CURLOPT_FRESH_CONNECT, handle.HasQuietConnection() ? 0L : 1L);
     Set(easy, CURLOPT_HEADERFUNCTION, &OnHeader);
     Set(easy, CURLOPT_HEADERDATA, &course);
     Set(easy, CURLOPT_WRITEFUNCTION, &OnBody);
