@@ -39,6 +39,23 @@ LIMITS = [
     *[(f"Codec, time an element, {text}: {phase}", f"growth {phase}", larger, "<=", 1.3, 1.1)
       for text, larger in (("at depth 100", "depth 3"), ("of 100,000", "1000 elements"))
       for phase in ("build", "parse")],
+    ("Sort 10,000 rows, distinct integers", "sort distinct", "exchanges", "<=", 0.01, 0.002),
+    ("Sort 10,000 rows, distinct integers", "sort distinct", "std_sort", "<=", 4, 2),
+    ("Sort 10,000 rows, any 64 bits", "sort wide", "exchanges", "<=", 0.01, 0.002),
+    ("Sort 10,000 rows, any 64 bits", "sort wide", "std_sort", "<=", 4, 2),
+    *[(f"Sort 10,000 rows, {text}", f"sort {name}", "exchanges", "<=", 0.05, 0.01)
+      for text, name in (("many equal integers", "equal"), ("many equal texts", "text"),
+                         ("two keys", "two"), ("two keys, many equal", "two_few"),
+                         ("two keys, a text and an integer", "two_text"),
+                         ("three keys", "three"))],
+    ("Cell of 20 columns by name", "access", "index", "<=", 3, 1.5),
+    ("Memory a cell, integers", "memory integer", "variant", "<=", 1.5, 1.0),
+    ("Memory a cell, texts of 16 octets", "memory text", "variant", "<=", 1.5, 1.0),
+    *[(f"{name}: {text} 100,000 rows", f"{phase} {database}", f"{library}", "<=", must, aim)
+      for database, name, library in (("sqlite", "SQLite", "sqlite3"),
+                                      ("postgresql", "PostgreSQL", "libpq"))
+      for phase, text, must, aim in (("select", "SELECT of", 2.0, 1.2),
+                                     ("insert", "INSERT of", 1.5, 1.1))],
     ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
     ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
     ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
@@ -53,6 +70,8 @@ LIMITS = [
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
               "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
+              "exchanges": "exchanges one by one", "std_sort": "std::sort of extracted keys",
+              "index": "by index", "variant": "std::variant<long, double, std::string>",
               "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
               "easy_handle": "bare libcurl easy handle", "threads": "the number of threads",
               "depth 3": "ours at depth 3", "1000 elements": "ours of 1,000"}
@@ -74,7 +93,7 @@ class Figures:
         self.octets = {}
         self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "codec", "bus", "http"):
+        for scenario in ("table", "request", "codec", "sort", "cell", "sql", "bus", "http"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -109,6 +128,24 @@ class Figures:
         if "octets" in entry:
             self.octets[phase + "/" + contestant] = int(entry["octets"])
             self.allocations[phase, contestant] = entry["allocations"]
+
+    def _sort(self, entry):
+        scenario, contestant = entry["name"].split("/")[:2]
+        self._add("sort " + scenario, contestant, entry["real_time"])
+
+    def _cell(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        if phase == "access":
+            contestant = {"name": "ours"}.get(contestant, contestant)
+            self._add(phase, contestant, entry["real_time"] * 1e3 / entry["cells"])
+        else:
+            self._add("memory " + phase, contestant, entry["heap_a_cell"])
+
+    def _sql(self, entry):
+        phase, database, contestant = entry["name"].split("/")[:3]
+        peer = {"sqlite": "sqlite3", "postgresql": "libpq"}[database]
+        self._add(f"{phase} {database}", {"c": peer}.get(contestant, contestant),
+                  entry["real_time"])
 
     def _bus(self, entry):
         phase, contestant, octets = entry["name"].split("/")[:3]
@@ -203,6 +240,28 @@ def codec_table(figures):
                    f"| {figures.allocations[build, contestant]:.0f} |")
 
 
+def sort_table(figures):
+    yield "| milliseconds | ours | exchanges | std::sort of extracted keys |"
+    yield "|---|---:|---:|---:|"
+    for text, name in (("distinct integers", "distinct"), ("any 64 bits", "wide"),
+                       ("20 different integers", "equal"), ("500 different texts", "text"),
+                       ("two keys of a million values", "two"), ("two keys of 50", "two_few"),
+                       ("two keys, 100 texts and 1,000 integers", "two_text"),
+                       ("three keys of 1,000", "three")):
+        phase = "sort " + name
+        std = f"{figures.of(phase, 'std_sort'):.3f}" if (phase, "std_sort") in figures.values \
+            else "-"
+        yield (f"| {text} | {figures.of(phase, 'ours'):.3f} "
+               f"| {figures.of(phase, 'exchanges'):.0f} | {std} |")
+
+
+def cells_text(figures):
+    return CELLS.format(
+        name=figures.of("access", "ours"), index=figures.of("access", "index"),
+        **{f"{phase}_{peer}": figures.of("memory " + phase, peer)
+           for phase in ("integer", "text") for peer in ("ours", "variant")})
+
+
 def bus_table(figures):
     heads = ("round trip, us", "CPU of both sides, us", "8 clients, requests/s", "system calls")
     yield "| | " + " | ".join(f"{head}: 100 octets | 10 kB" for head in heads) + " |"
@@ -221,6 +280,15 @@ def calls_text(figures):
         calls = figures.syscalls["ours/100"][side]
         listed = ", ".join(f"{name} {count:g}" for name, count in calls.items())
         yield f"- our {side}, 100 octets: {listed}"
+
+
+def sql_table(figures):
+    yield "| milliseconds | ours | C interface |"
+    yield "|---|---:|---:|"
+    for database, peer in (("sqlite", "sqlite3"), ("postgresql", "libpq")):
+        for phase in ("select", "insert"):
+            key = f"{phase} {database}"
+            yield f"| {key} | {figures.of(key, 'ours'):.0f} | {figures.of(key, peer):.0f} |"
 
 
 def cpu_model():
@@ -260,6 +328,11 @@ def plot(figures, path):
     plt.rcParams["svg.hashsalt"] = "benchmarks"
     figure.savefig(path, metadata={"Date": None})
 
+
+CELLS = """By name {name:.1f} ns a cell, by index {index:.1f} ns, the conversion to a number
+included; 20 names of 2 to 12 octets. Heap a cell, in rows of 20: integers {integer_ours:.0f}
+octets (variant {integer_variant:.0f}), texts of 16 octets {text_ours:.0f} (variant
+{text_variant:.0f})."""
 
 TEXT = """# Benchmarks
 
@@ -312,6 +385,28 @@ are kept.
 
 {codec}
 
+## Sorting a value table
+
+10,000 rows in memory of their own, CPU time. The order is that of exchanging each row with
+every later one that it does not precede; `exchanges` does that, and the rows come out the
+same. `std::sort` gets the keys and row numbers of one column, extracted outside of its time,
+and moves no rows.
+
+{sorts}
+
+## Cells of a value table
+
+{cell_access}
+
+## Databases
+
+100,000 rows of 8 columns. SELECT reads them into a value table, whose cursor then goes
+through all cells; the C interfaces read into a vector of variants. INSERT runs one prepared
+statement for each row in one transaction. SQLite: CPU time of the thread. PostgreSQL: the time
+that passes, most of it in the server, which runs on the same machine.
+
+{sql}
+
 ## Processes
 
 A round trip of one client has both processes on one CPU. Eight clients are eight processes
@@ -351,7 +446,9 @@ def main(folder, docs):
         many=figures.of("cycle", "ours@100000"), first=figures.of("first cycle", "ours"),
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
-        codec="\n".join(codec_table(figures)), bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        codec="\n".join(codec_table(figures)), sorts="\n".join(sort_table(figures)),
+        cell_access=cells_text(figures), sql="\n".join(sql_table(figures)), bus="\n".join(bus_table(figures)),
+        calls="\n".join(calls_text(figures)),
         rest_ours=figures.of("exchange", "ours"), rest_bare=figures.of("exchange", "easy_handle"),
         rest_cpu_ours=figures.of("exchange CPU", "ours"),
         rest_cpu_bare=figures.of("exchange CPU", "easy_handle"),

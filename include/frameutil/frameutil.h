@@ -6,4 +6,6 @@
 #include "frameutil/msg.h"
 #include "frameutil/paraset.h"
 #include "frameutil/platform.h"
+#include "frameutil/sql.h"
+#include "frameutil/table.h"
 #include "frameutil/version.h"
