@@ -64,12 +64,16 @@ LIMITS = [
     ("8 clients, requests a second, 100 octets", "clients/100", "zeromq", ">=", 1.5, 3),
     ("8 clients, requests a second, 10 kB", "clients/10000", "unix", ">=", 0.35, 0.8),
     ("8 clients, requests a second, 10 kB", "clients/10000", "zeromq", ">=", 1.5, 3),
+    ("REST exchange on a kept connection, requests a second", "exchange", "easy_handle", ">=",
+     0.85, 0.97),
+    ("TLS handshakes in 1,000 exchanges by 8 threads", "handshakes", "threads", "<=", 1, 1),
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
               "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
               "exchanges": "exchanges one by one", "std_sort": "std::sort of extracted keys",
               "index": "by index", "variant": "std::variant<long, double, std::string>",
               "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
+              "easy_handle": "bare libcurl easy handle", "threads": "the number of threads",
               "depth 3": "ours at depth 3", "1000 elements": "ours of 1,000"}
 # What ours is measured against itself: the larger of two sizes, by the smaller.
 LARGER = {"depth 3": "depth 100", "1000 elements": "100000 elements"}
@@ -89,7 +93,7 @@ class Figures:
         self.octets = {}
         self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "codec", "sort", "cell", "sql", "bus"):
+        for scenario in ("table", "request", "codec", "sort", "cell", "sql", "bus", "http"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -149,6 +153,15 @@ class Figures:
         self._add(phase + "/" + octets, contestant, value)
         if "cpu_us" in entry:
             self._add("cpu/" + octets, contestant, entry["cpu_us"])
+
+    def _http(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        if phase == "handshakes":
+            self._add(phase, contestant, entry["handshakes"])
+            self._add(phase, "threads", 8)
+        else:
+            self._add(phase, contestant, 1e6 / entry["real_time"])
+            self._add("exchange CPU", contestant, entry["cpu_time"])
 
     def of(self, phase, contestant):
         return median(self.values[phase, contestant])
@@ -407,6 +420,13 @@ together, counted by strace without pinning.
 
 {calls}
 
+## REST
+
+One exchange of a small JSON body with a TLS server on the same CPU, through the HTTP manager
+as its callers use it, a new object for each request: {rest_ours:.0f} requests a second, a bare
+libcurl easy handle with everything set once {rest_bare:.0f}. CPU of the client alone:
+{rest_cpu_ours:.1f} us and {rest_cpu_bare:.1f} us. Both verify the server.
+
 ## The machine
 
 {machine}
@@ -429,6 +449,9 @@ def main(folder, docs):
         codec="\n".join(codec_table(figures)), sorts="\n".join(sort_table(figures)),
         cell_access=cells_text(figures), sql="\n".join(sql_table(figures)), bus="\n".join(bus_table(figures)),
         calls="\n".join(calls_text(figures)),
+        rest_ours=figures.of("exchange", "ours"), rest_bare=figures.of("exchange", "easy_handle"),
+        rest_cpu_ours=figures.of("exchange CPU", "ours"),
+        rest_cpu_bare=figures.of("exchange CPU", "easy_handle"),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)

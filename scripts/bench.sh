@@ -12,7 +12,7 @@ if [ -z "${REPORT_ONLY:-}" ]; then
   cmake --preset release
   cmake --build --preset release --target benchmarks
   mkdir -p "$out"
-  for scenario in table request codec sort cell sql bus; do
+  for scenario in table request codec sort cell sql bus http; do
     echo "running $scenario"
     "$programs/$scenario/bench_$scenario" --benchmark_min_time=0.2 \
       --benchmark_repetitions="${REPETITIONS:-9}" --benchmark_enable_random_interleaving=true \

@@ -5,7 +5,7 @@
 #include "frameutil/log.h"
 #include "frameutil/msg.h"
 #include "frameutil/paraset.h"
-#include "frameutil/sql.h"
 #include "frameutil/platform.h"
+#include "frameutil/sql.h"
 #include "frameutil/table.h"
 #include "frameutil/version.h"

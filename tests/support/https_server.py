@@ -12,6 +12,7 @@ and answers each with one line:
     last            the last request that was read, as JSON
     restart NAME    closes a line with all its connections, opens it again on its port
     stop NAME       closes a line for good
+    inject NAME     says something unasked on each connection of a line -> ok
     certificate NAME CERTIFICATE    a line has this certificate from now on
 
 It ends when its standard input does. What a path does stands in PATHS.
@@ -230,8 +231,8 @@ PATHS = {
     "/to-the-end-torn": torn(OK + b"\r\nall of it?"),
     "/endless": lambda c: endless(c, OK + b"Transfer-Encoding: chunked\r\n\r\n",
                                   b"10000\r\n" + b"x" * 65536 + b"\r\n"),
-    "/endless-header": lambda c: endless(c, OK, b"X-Filler: " + b"x" * 1000 + b"\r\n"),
-    "/endless-interim": lambda c: endless(c, b"", b"HTTP/1.1 102 Wait\r\n\r\n"),
+    "/endless-header": lambda c: endless(c, OK, (b"X-Filler: " + b"x" * 1000 + b"\r\n") * 16),
+    "/endless-interim": lambda c: endless(c, b"", b"HTTP/1.1 102 Wait\r\n\r\n" * 500),
     "/long": raw(OK + b"Content-Length: 1000000000\r\n\r\nx"),
     "/negative": raw(OK + b"Content-Length: -5\r\n\r\nx"),
     "/no-http": raw(b"SSH-2.0-OpenSSH_9.2\r\n\r\n"),
@@ -286,6 +287,10 @@ def command(lines, words):
         lines[words[1]].listen()
     elif words[0] == "stop":
         lines[words[1]].close()
+    elif words[0] == "inject":
+        with lines[words[1]].lock:
+            for connection in lines[words[1]].open:
+                answer(connection, b"unasked")
     elif words[0] == "certificate":
         lines[words[1]].certificate = words[2]
         lines[words[1]].tls = lines[words[1]].context()

@@ -156,6 +156,8 @@ Outcome Perform(Handle& handle, Method method, const std::string& url,
     Set(easy, CURLOPT_CONNECTTIMEOUT_MS,
         std::min(timeout_ms, static_cast<long>(limits.connect_ms)));
     Set(easy, CURLOPT_FORBID_REUSE, request.iKeepAlive == 0 ? 1L : 0L);
+    // The transfer library looks for a closed connection only: what a server has said unasked
+    // would be taken for the answer to this request.
     Set(easy, CURLOPT_FRESH_CONNECT, handle.HasQuietConnection() ? 0L : 1L);
     Set(easy, CURLOPT_HEADERFUNCTION, &OnHeader);
     Set(easy, CURLOPT_HEADERDATA, &course);
@@ -166,8 +168,14 @@ Outcome Perform(Handle& handle, Method method, const std::string& url,
 
     const std::int64_t began = base::SystemMonotonicNs();
     {
-        const WithoutSigPipe quiet;
+        WithoutSigPipe quiet;
         course.outcome.result = curl_easy_perform(easy);
+        // Another connection may have been closed for a new one, or written to in vain.
+        long connects = 1;
+        curl_easy_getinfo(easy, CURLINFO_NUM_CONNECTS, &connects);
+        if (course.outcome.result == CURLE_OK && connects == 0) {
+            quiet.NothingBroke();
+        }
     }
     // The transfer library counts in whole milliseconds and from a little earlier.
     course.outcome.in_full =

@@ -33,7 +33,7 @@ class Handle {
 
     /// Whether this is a handle for requests to `authority` under `options` and `files`.
     bool Serves(const Options& options, const TlsFiles& files, std::string_view authority) const {
-        return options_.get() == &options && *files_ == files && authority_ == authority;
+        return options_.get() == &options && files_ == &files && authority_ == authority;
     }
     /// Whether it has a connection on which nothing has arrived since the last answer.
     /// Between answers a server has nothing to say but that it closes.

@@ -181,7 +181,7 @@ Options ReadOptions(const Configuration& configuration) {
 
 std::shared_ptr<const Options> CurrentOptions() {
     Latest& latest = TheLatest();
-    const char* const variable = std::getenv("OSS_ROOT");
+    const char* const variable = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
     const std::string_view root = variable == nullptr ? "" : variable;
     MutexLock lock(latest.mutex);
     const std::int64_t now = base::SystemMonotonicNs();

@@ -27,7 +27,7 @@ struct Limits {
     std::int64_t response_bytes = std::int64_t{64} << 20;
     std::int64_t connect_ms = 10000;
     std::int64_t low_speed_bytes = 10;  // a second, over
-    std::int64_t low_speed_s = 30;
+    std::int64_t low_speed_s = 60;
     std::int64_t idle_connections = 64;
     std::int64_t idle_s = 60;  // then a kept connection is not used any more
 };

@@ -9,20 +9,33 @@
 
 #include "http/pool.h"
 
-#include <unistd.h>
+#include <pthread.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include "base/clock.h"
 
 namespace kelp::http {
+namespace {
+
+// Counted in the child, so that nobody has to ask the system who he is at every request.
+std::atomic<int> forks{0};
+
+void OnFork() {
+    forks.fetch_add(1, std::memory_order_relaxed);
+}
+
+}  // namespace
 
 Pool& Pool::Instance() {
     static auto* const pool = new Pool;  // never destroyed: threads may send to the end
     return *pool;
 }
 
-Pool::Pool() : process_(::getpid()) {}
+Pool::Pool() {
+    ::pthread_atfork(nullptr, nullptr, &OnFork);
+}
 
 // A child of a fork has inherited the sockets, but the connections are its parent's: to use or
 // even to close one would spoil it there. So they are left alone, for good.
@@ -34,7 +47,7 @@ void Pool::BeginAnewInAChild() {
     options_ = nullptr;
     static_cast<void>(new std::shared_ptr<Share>(std::move(share_)));
     share_ = nullptr;
-    process_ = ::getpid();
+    forks_ = forks.load(std::memory_order_relaxed);
 }
 
 std::unique_ptr<Handle> Pool::Take(const std::shared_ptr<const Options>& options,
@@ -43,7 +56,7 @@ std::unique_ptr<Handle> Pool::Take(const std::shared_ptr<const Options>& options
     std::shared_ptr<Share> share;
     {
         MutexLock lock(mutex_);
-        if (process_ != ::getpid()) {
+        if (forks_ != forks.load(std::memory_order_relaxed)) {
             BeginAnewInAChild();
         }
         if (options_ != options) {

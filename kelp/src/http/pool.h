@@ -7,8 +7,6 @@
 // thread-safe.
 #pragma once
 
-#include <sys/types.h>
-
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -36,7 +34,7 @@ class Pool {
     void BeginAnewInAChild() KELP_REQUIRES(mutex_);
 
     Mutex mutex_;
-    pid_t process_ KELP_GUARDED_BY(mutex_);
+    int forks_ KELP_GUARDED_BY(mutex_) = 0;  // how often the process was forked, as known here
     std::shared_ptr<const Options> options_ KELP_GUARDED_BY(mutex_);
     std::shared_ptr<Share> share_ KELP_GUARDED_BY(mutex_);
     Handles idle_ KELP_GUARDED_BY(mutex_);  // the one given back last at the end

@@ -14,28 +14,29 @@ class WithoutSigPipe {
     WithoutSigPipe() {
         sigemptyset(&pipe_);
         sigaddset(&pipe_, SIGPIPE);
-        sigset_t pending;
-        sigpending(&pending);
-        was_pending_ = sigismember(&pending, SIGPIPE) == 1;
         pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
     }
     ~WithoutSigPipe() {
-        // One that was there before is somebody else's to receive.
-        sigset_t pending;
-        sigpending(&pending);
-        if (!was_pending_ && sigismember(&pending, SIGPIPE) == 1) {
-            const timespec at_once{};
-            sigtimedwait(&pipe_, nullptr, &at_once);
+        // Where it was blocked before, one may have been pending before: it is not ours to
+        // take away, and one more does nothing.
+        if (sigismember(&before_, SIGPIPE) == 0) {
+            if (may_be_raised_) {
+                const timespec at_once{};
+                sigtimedwait(&pipe_, nullptr, &at_once);
+            }
+            pthread_sigmask(SIG_SETMASK, &before_, nullptr);
         }
-        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
     }
+    /// Every write has succeeded, so there is no signal to take away.
+    void NothingBroke() { may_be_raised_ = false; }
+
     WithoutSigPipe(const WithoutSigPipe&) = delete;
     WithoutSigPipe& operator=(const WithoutSigPipe&) = delete;
 
   private:
     sigset_t pipe_{};
     sigset_t before_{};
-    bool was_pending_ = false;
+    bool may_be_raised_ = true;
 };
 
 }  // namespace kelp::http

@@ -31,7 +31,7 @@ std::vector<std::uint64_t> IdentityOf(const struct stat& file) {
 }
 
 std::string RootNow() {
-    const char* const root = std::getenv("OSS_ROOT");
+    const char* const root = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
     std::string path = root == nullptr ? "" : root;
     while (path.size() > 1 && path.back() == '/') {
         path.pop_back();
@@ -98,7 +98,7 @@ void Configuration::Read() {
 }
 
 // The depth is what the reader allows.
-bool Configuration::Flatten(const SecretJson& file, const Json::Value& object,  // NOLINT
+bool Configuration::Flatten(const SecretJson& file, const Json::Value& object,
                             const std::string& prefix) {
     for (auto member = object.begin(); member != object.end(); ++member) {
         const std::string name = member.name();

@@ -95,6 +95,18 @@ TEST_F(HttpReuse, ServerWasRestarted) {
     }
 }
 
+// What a server says while nobody has asked is no answer to the next request.
+TEST_F(HttpReuse, ServerSaysSomethingUnasked) {
+    using Send = int (HttpReuse::*)(const std::string&, int);
+    for (const Send send : {Send(&HttpReuse::Get), Send(&HttpReuse::Post)}) {
+        Warm();
+        ASSERT_EQ(TheServer().Command("inject good"), "ok");
+        EXPECT_EQ((this->*send)(Good("/body"), 20), 0);
+        EXPECT_EQ(m_rsp.strRspBody, "{}");
+        EXPECT_EQ(Counts().connections, m_warm.connections + 1);
+    }
+}
+
 // A server that closes on a request, rather than before it: the connection is an old one, so it
 // may have been about to close anyway. A GET is sent again, once, on a new connection.
 TEST_F(HttpReuse, GetIsSentAgain) {
