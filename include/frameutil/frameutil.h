@@ -5,4 +5,6 @@
 #include "frameutil/log.h"
 #include "frameutil/msg.h"
 #include "frameutil/paraset.h"
+#include "frameutil/platform.h"
+#include "frameutil/strutil.h"
 #include "frameutil/version.h"

@@ -1,0 +1,43 @@
+// What a StrSpliter holds: its items one behind another in one block, each terminated.
+//
+// Thread rule: thread-compatible.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "frameutil/strutil.h"
+
+namespace FrameUtil {
+
+struct StrSpliter::Impl {
+    explicit Impl(char sep) : separator(sep) {}
+
+    /// StrSpliter::Parse(); `text` holds no terminator.
+    bool Parse(std::string_view text) noexcept;
+
+    /// The item at hand, for as long as nothing is parsed; nothing when there is none.
+    std::optional<std::string_view> Item() const {
+        return left != 0 ? std::optional<std::string_view>(next) : std::nullopt;
+    }
+    /// Goes behind `item`, which is the one at hand.
+    void Skip(std::string_view item) {
+        next += item.size() + 1;
+        --left;
+    }
+
+    struct Release {
+        void operator()(char* block) const { std::free(block); }
+    };
+
+    const char separator;
+    std::unique_ptr<char, Release> buffer;
+    const char* next = nullptr;  // the item at hand
+    std::size_t left = 0;        // items not taken yet
+    unsigned int mask = 0;
+};
+
+}  // namespace FrameUtil
