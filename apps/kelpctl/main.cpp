@@ -6,6 +6,7 @@
 #include "kelpctl/call.h"
 #include "kelpctl/commands.h"
 #include "kelpctl/list.h"
+#include "kelpctl/names/command.h"
 #include "kelpctl/options.h"
 #include "kelpctl/status.h"
 
@@ -16,6 +17,9 @@ int Run(int argc, const char* const* argv) {
     const auto options = kelpctl::ParseOptions(argc, argv, status);
     if (!options) {
         return status;
+    }
+    if (options->action == kelpctl::Options::Action::kNames) {
+        return kelpctl::RunNames(options->names);
     }
     std::vector<kelpctl::Process> processes;
     for (const std::string& file : options->commands_files) {

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <limits>
 
+#include "kelpctl/names/options.h"
 #include "kelpctl/status.h"
 
 namespace kelpctl {
@@ -84,6 +85,7 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
     DescribeCall(*call, options);
     CLI::App* list = app.add_subcommand("list", "print what the commands files name");
     AddFiles(*list, options);
+    const NamesCommandLine names(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
@@ -93,6 +95,11 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
         std::cerr << "kelpctl: " << FirstLine(e.what()) << " (see kelpctl --help)\n";
         status = kUsage;
         return std::nullopt;
+    }
+    if (names.Parsed()) {
+        options.action = Options::Action::kNames;
+        options.names = names.Options();
+        return options;
     }
     options.action = list->parsed() ? Options::Action::kList : Options::Action::kCall;
     // No thread runs yet. NOLINTNEXTLINE(concurrency-mt-unsafe)
