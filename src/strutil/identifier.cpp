@@ -1,7 +1,10 @@
 #include "strutil/identifier.h"
 
+#include <algorithm>
+
 #include "frameutil/log.h"
 #include "kelp/secure.h"
+#include "strutil/plain_run.h"
 
 namespace FrameUtil {
 
@@ -9,23 +12,26 @@ namespace FrameUtil {
 // behind it; false: there is a fault at m_in.
 class Identifier::Reading {
   public:
-    Reading(Identifier& identifier, const char* text) noexcept
+    Reading(Identifier& identifier, std::string_view text) noexcept
         : m_identifier(identifier),
-          m_in(text),
+          m_in(text.data()),
+          m_in_end(text.data() + text.size()),
           m_begin(identifier.m_buffer.data()),
           m_end(m_begin + kBufferBytes),
           m_out(m_begin) {}
 
     bool Pairs() noexcept {
-        if (*m_in == '\0') {
+        if (m_in == m_in_end) {
             return true;
         }
-        do {
+        for (;; ++m_in) {
             if (!Key() || !Value()) {
                 return false;
             }
-        } while (*m_in++ == ',');
-        return true;
+            if (m_in == m_in_end) {
+                return true;
+            }
+        }
     }
 
     const char* at() const { return m_in; }
@@ -38,19 +44,17 @@ class Identifier::Reading {
     }
     bool Full() noexcept { return Fault("keys and values of more than 256 bytes"); }
 
-    static bool IsPlain(char c) { return c != ',' && c != '=' && c != '\\' && c != '\0'; }
+    // The character at hand; a zero behind the last one.
+    char Now() const { return m_in != m_in_end ? *m_in : '\0'; }
 
-    // Copies plain characters. False: the buffer is full.
+    // Copies what means nothing. False: the buffer is full.
     bool Plain() noexcept {
-        // Locals: the compiler need not think that a copied character changes a pointer.
-        const char* in = m_in;
-        char* out = m_out;
-        while (IsPlain(*in) && out != m_end) {
-            *out++ = *in++;
-        }
-        m_in = in;
-        m_out = out;
-        return out != m_end;
+        constexpr PlainRun kRun(',', '=', '\\');
+        const auto room = std::min(m_in_end - m_in, m_end - m_out);
+        const std::size_t plain = kRun.Copy(m_in, m_in + room, m_out);
+        m_in += plain;
+        m_out += plain;
+        return m_out != m_end;
     }
 
     std::uint16_t Offset() const { return static_cast<std::uint16_t>(m_out - m_begin); }
@@ -59,18 +63,18 @@ class Identifier::Reading {
         if (m_out == m_end) {
             return Full();
         }
-        if (!IsPlain(*m_in)) {
+        const std::uint16_t begin = Offset();
+        const bool room = Plain();
+        if (Offset() == begin) {
             return Fault("a key is missing");
         }
         Pair& pair = m_identifier.m_pairs[m_identifier.m_count++];
-        pair = {Offset(), 0, 0, 0};
-        const bool room = Plain();
-        pair.key_length = static_cast<std::uint16_t>(Offset() - pair.key_at);
+        pair = {begin, static_cast<std::uint16_t>(Offset() - begin), 0, 0};
         if (!room) {
             return Full();
         }
-        if (*m_in != '=') {
-            return Fault(*m_in == '\\' ? "a backslash in a key" : "a key without a value");
+        if (Now() != '=') {
+            return Fault(Now() == '\\' ? "a backslash in a key" : "a key without a value");
         }
         ++m_in;
         *m_out++ = '\0';
@@ -81,8 +85,8 @@ class Identifier::Reading {
         if (m_out == m_end) {
             return Full();
         }
-        if (*m_in != '\\' && !IsPlain(*m_in)) {
-            return Fault(*m_in == '=' ? "an '=' in a value" : "a value is missing");
+        if (const char c = Now(); c == '=' || c == ',' || c == '\0') {
+            return Fault(c == '=' ? "an '=' in a value" : "a value is missing");
         }
         Pair& pair = m_identifier.m_pairs[m_identifier.m_count - 1];
         pair.value_at = Offset();
@@ -100,10 +104,11 @@ class Identifier::Reading {
             if (!Plain()) {
                 return Full();
             }
-            if (*m_in == '=') {
+            const char c = Now();
+            if (c == '=') {
                 return Fault("an '=' in a value");
             }
-            if (*m_in != '\\') {
+            if (c != '\\') {
                 return true;
             }
             if (!Escape()) {
@@ -114,7 +119,7 @@ class Identifier::Reading {
 
     bool Escape() noexcept {
         ++m_in;
-        switch (*m_in) {
+        switch (Now()) {
             case 'c':
                 *m_out++ = ',';
                 break;
@@ -141,6 +146,7 @@ class Identifier::Reading {
 
     Identifier& m_identifier;
     const char* m_in;
+    const char* const m_in_end;
     char* const m_begin;
     char* const m_end;
     char* m_out;
@@ -154,7 +160,7 @@ Identifier::Identifier() noexcept {
     }
 }
 
-bool Identifier::Read(const char* text, UIDFault& fault) noexcept {
+bool Identifier::Read(std::string_view text, UIDFault& fault) noexcept {
     if (const int error = memset_s(m_buffer.data(), m_buffer.size(), 0, m_buffer.size());
         error != 0) {
         Trace("memset_s failed at line 465 errno: %d", error);
@@ -164,7 +170,7 @@ bool Identifier::Read(const char* text, UIDFault& fault) noexcept {
     if (reading.Pairs()) {
         return true;
     }
-    fault = {reading.reason(), static_cast<unsigned long>(reading.at() - text)};
+    fault = {reading.reason(), static_cast<unsigned long>(reading.at() - text.data())};
     return false;
 }
 

@@ -23,9 +23,9 @@ class Identifier {
     /// No pairs. A buffer that cannot be cleared is traced.
     Identifier() noexcept;
 
-    /// What StrUIDParser::Parse() says, of a text that is not null and printable. The pairs
-    /// before a fault stay, the last perhaps without a value.
-    bool Read(const char* text, UIDFault& fault) noexcept;
+    /// What StrUIDParser::Parse() says, of a printable text. The pairs before a fault stay,
+    /// the last perhaps without a value.
+    bool Read(std::string_view text, UIDFault& fault) noexcept;
 
     std::size_t pairs() const { return m_count; }
     std::string_view Key(std::size_t pair) const {

@@ -1,7 +1,10 @@
+#include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 #include "frameutil/strutil.h"
+#include "strutil/plain_run.h"
 #include "strutil/pool_text.h"
 
 namespace FrameUtil {
@@ -9,43 +12,60 @@ namespace FrameUtil {
 struct StrLinker::Impl {
     explicit Impl(char sep) : separator(sep) {}
 
-    // Behind a separator, unless the count says that it is the first.
+    // Appends an item that `write` writes, in at most `room` characters, to where it is told,
+    // returning the end; behind a separator, unless the count says that it is the first.
     template <class Write>
     void Item(std::size_t room, Write write) {
-        text.Room(room + 1);
+        char* const begin = text.Room(room + 1);
+        char* out = begin;
         if (items != 0) {
-            text.Append(separator);
+            *out++ = separator;
         }
-        write(text);
+        text.Grown(static_cast<std::size_t>(write(out) - begin));
         // Wraps from 127 to -128, and after 256 items to 0.
         items = static_cast<std::int8_t>(items + 1);
     }
 
-    void Escaped(std::string_view item) {
-        Item(2 * item.size(), [&](PoolText& out) {
-            char* const begin = out.Room(2 * item.size());
-            char* end = begin;
-            for (const char c : item) {
-                if (c == separator) {
-                    *end++ = '\\';
-                }
-                *end++ = c;
-            }
-            out.Grown(static_cast<std::size_t>(end - begin));
-        });
+    void Text(std::string_view item) {
+        if (item.size() >= kFirstVerbatim) {
+            Item(item.size(), [&](char* out) {
+                std::memcpy(out, item.data(), item.size());
+                return out + item.size();
+            });
+        } else {
+            Item(2 * item.size(), [&](char* out) { return Escaped(item, out); });
+        }
     }
 
-    PoolText text;
+    template <typename Integer>
+    void Number(Integer number) {
+        Item(kLongestNumber,
+             [&](char* out) { return std::to_chars(out, out + kLongestNumber, number).ptr; });
+    }
+
+    char* Escaped(std::string_view item, char* out) const {
+        const PlainRun run(separator);
+        const char* in = item.data();
+        const char* const end = in + item.size();
+        for (;;) {
+            const std::size_t plain = run.Copy(in, end, out);
+            in += plain;
+            out += plain;
+            if (in == end) {
+                return out;
+            }
+            *out++ = '\\';
+            *out++ = *in++;
+        }
+    }
+
+    static constexpr std::size_t kFirstVerbatim = 256;
+
+    // A list is seldom as short as a name.
+    PoolText text{256};
     const char separator;
     std::int8_t items = 0;
 };
-
-namespace {
-
-constexpr std::size_t kLongestNumber = 20;
-constexpr std::size_t kFirstVerbatim = 256;
-
-}  // namespace
 
 StrLinker::StrLinker(char sep) : m_pImpl(new (std::nothrow) Impl(sep)) {}
 StrLinker::~StrLinker() = default;
@@ -63,24 +83,20 @@ StrLinker& StrLinker::operator<<(const char* item) {
         copy = whole;
         whole = copy;
     }
-    if (whole.size() < kFirstVerbatim) {
-        m_pImpl->Escaped(whole);
-    } else {
-        m_pImpl->Item(whole.size(), [&](PoolText& text) { text.Append(whole); });
-    }
+    m_pImpl->Text(whole);
     return *this;
 }
 
 StrLinker& StrLinker::operator<<(unsigned long item) {
     if (m_pImpl != nullptr) {
-        m_pImpl->Item(kLongestNumber, [&](PoolText& text) { text.Append(item); });
+        m_pImpl->Number(item);
     }
     return *this;
 }
 
 StrLinker& StrLinker::operator<<(long item) {
     if (m_pImpl != nullptr) {
-        m_pImpl->Item(kLongestNumber, [&](PoolText& text) { text.Append(item); });
+        m_pImpl->Number(item);
     }
     return *this;
 }

@@ -16,9 +16,13 @@
 
 namespace FrameUtil {
 
+/// The sign and the digits of the longest number.
+inline constexpr std::size_t kLongestNumber = 20;
+
 class PoolText {
   public:
-    PoolText() = default;
+    /// The first block is to have `first` bytes. The pools' largest, 128, fits most names.
+    explicit PoolText(std::size_t first = 128) : m_first(first) {}
     ~PoolText() { Drop(); }
     PoolText(const PoolText&) = delete;
     PoolText& operator=(const PoolText&) = delete;
@@ -58,9 +62,6 @@ class PoolText {
         Grown(1);
         return *this;
     }
-    /// In decimal.
-    PoolText& Append(long number);
-    PoolText& Append(unsigned long number);
 
   private:
     void Reserve(std::size_t more);
@@ -69,6 +70,7 @@ class PoolText {
     char* m_text = nullptr;
     std::size_t m_length = 0;
     std::size_t m_capacity = 0;
+    const std::size_t m_first;
 };
 
 }  // namespace FrameUtil

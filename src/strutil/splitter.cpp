@@ -5,15 +5,13 @@
 
 #include "frameutil/log.h"
 #include "kelp/secure.h"
+#include "strutil/plain_run.h"
 #include "strutil/text_class.h"
 
 namespace FrameUtil {
 
 bool StrSpliter::Impl::Parse(std::string_view text) noexcept {
-    next = nullptr;
-    left = 0;
-    mask = 0;
-    buffer.reset();
+    Clear();
     const std::size_t bytes = text.size() + 1;
     buffer.reset(static_cast<char*>(std::malloc(bytes)));
     if (buffer == nullptr) {
@@ -25,25 +23,33 @@ bool StrSpliter::Impl::Parse(std::string_view text) noexcept {
     char* out = buffer.get();
     const char* item = out;
     const auto end_item = [&] {
-        if (left < 32 && out != item) {
-            mask |= 1U << left;
+        if (items < lengths.size()) {
+            lengths[items] = static_cast<std::size_t>(out - item);
         }
-        ++left;
+        ++items;
         *out++ = '\0';
         item = out;
     };
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (c == separator) {
+    const PlainRun run(separator, '\\');
+    const char* in = text.data();
+    const char* const end = in + text.size();
+    for (;;) {
+        const std::size_t plain = run.Copy(in, end, out);
+        in += plain;
+        out += plain;
+        if (in == end) {
+            break;
+        }
+        if (*in == separator) {
+            ++in;
             end_item();
-        } else if (c == '\\' && i + 1 < text.size()) {
-            ++i;
-            if (text[i] != '|') {
+        } else if (++in == end) {
+            *out++ = '\\';
+        } else {
+            if (*in != '|') {
                 *out++ = '\\';
             }
-            *out++ = text[i];
-        } else {
-            *out++ = c;
+            *out++ = *in++;
         }
     }
     end_item();
@@ -66,10 +72,7 @@ bool StrSpliter::Parse(const char* text) {
         return false;
     }
     if (text == nullptr) {
-        m_pImpl->next = nullptr;
-        m_pImpl->left = 0;
-        m_pImpl->mask = 0;
-        m_pImpl->buffer.reset();
+        m_pImpl->Clear();
         return false;
     }
     return m_pImpl->Parse(text);
@@ -115,16 +118,17 @@ StrSpliter& StrSpliter::operator>>(unsigned long& number) {
 }
 
 StrSpliter& StrSpliter::operator>>(std::string& text) {
-    const auto item = m_pImpl != nullptr ? m_pImpl->Item() : std::nullopt;
-    text = item ? *item : std::string_view();
-    if (item) {
+    if (const auto item = m_pImpl != nullptr ? m_pImpl->Item() : std::nullopt; item) {
+        text.assign(*item);
         m_pImpl->Skip(*item);
+    } else {
+        text.clear();
     }
     return *this;
 }
 
 bool StrSpliter::HasNext() const {
-    return m_pImpl != nullptr && m_pImpl->left != 0;
+    return m_pImpl != nullptr && m_pImpl->taken != m_pImpl->items;
 }
 
 bool StrSpliter::HasError() const {
@@ -132,7 +136,12 @@ bool StrSpliter::HasError() const {
 }
 
 unsigned int StrSpliter::GetValueMask() const {
-    return m_pImpl != nullptr ? m_pImpl->mask : 0;
+    unsigned int mask = 0;
+    const std::size_t items = m_pImpl != nullptr ? m_pImpl->items : 0;
+    for (std::size_t i = 0; i < items && i < m_pImpl->lengths.size(); ++i) {
+        mask |= m_pImpl->lengths[i] != 0 ? 1U << i : 0U;
+    }
+    return mask;
 }
 
 }  // namespace FrameUtil

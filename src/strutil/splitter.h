@@ -3,6 +3,7 @@
 // Thread rule: thread-compatible.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -21,12 +22,16 @@ struct StrSpliter::Impl {
 
     /// The item at hand, for as long as nothing is parsed; nothing when there is none.
     std::optional<std::string_view> Item() const {
-        return left != 0 ? std::optional<std::string_view>(next) : std::nullopt;
+        if (taken == items) {
+            return std::nullopt;
+        }
+        return taken < lengths.size() ? std::string_view(next, lengths[taken])
+                                      : std::string_view(next);
     }
     /// Goes behind `item`, which is the one at hand.
     void Skip(std::string_view item) {
         next += item.size() + 1;
-        --left;
+        ++taken;
     }
 
     struct Release {
@@ -36,8 +41,17 @@ struct StrSpliter::Impl {
     const char separator;
     std::unique_ptr<char, Release> buffer;
     const char* next = nullptr;  // the item at hand
-    std::size_t left = 0;        // items not taken yet
-    unsigned int mask = 0;
+    std::size_t taken = 0;       // items before it
+    std::size_t items = 0;
+    // Of the items that GetValueMask() knows, so that they need not be measured again.
+    std::array<std::size_t, 32> lengths;
+
+    void Clear() {
+        buffer.reset();
+        next = nullptr;
+        taken = 0;
+        items = 0;
+    }
 };
 
 }  // namespace FrameUtil

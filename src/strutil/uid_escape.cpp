@@ -1,6 +1,9 @@
 #include "strutil/uid_escape.h"
 
 #include <algorithm>
+#include <cstring>
+
+#include "strutil/plain_run.h"
 
 namespace FrameUtil {
 
@@ -9,8 +12,8 @@ namespace {
 constexpr std::size_t kMostEscaped = 255;
 
 bool IsEscaped(std::string_view value) {
-    if (value.size() > kMostEscaped) {
-        return false;
+    if (2 * value.size() <= kMostEscaped || value.size() > kMostEscaped) {
+        return value.size() <= kMostEscaped;
     }
     const auto counted = std::count_if(value.begin(), value.end(),
                                        [](char c) { return c == ',' || c == '=' || c == '\\'; });
@@ -19,28 +22,25 @@ bool IsEscaped(std::string_view value) {
 
 }  // namespace
 
-void AppendEscaped(PoolText& text, std::string_view value, char separator) {
+char* WriteEscaped(std::string_view value, char separator, char* out) {
     if (!IsEscaped(value)) {
-        text.Append(value);
-        return;
+        std::memcpy(out, value.data(), value.size());
+        return out + value.size();
     }
-    char* const begin = text.Room(2 * value.size());
-    char* out = begin;
-    for (const char c : value) {
-        if (c == separator) {
-            *out++ = '\\';
-            *out++ = 'c';
-        } else if (c == '=') {
-            *out++ = '\\';
-            *out++ = 'e';
-        } else {
-            if (c == '\\') {
-                *out++ = '\\';
-            }
-            *out++ = c;
+    const PlainRun run(separator, '=', '\\');
+    const char* in = value.data();
+    const char* const end = in + value.size();
+    for (;;) {
+        const std::size_t plain = run.Copy(in, end, out);
+        in += plain;
+        out += plain;
+        if (in == end) {
+            return out;
         }
+        *out++ = '\\';
+        *out++ = *in == separator ? 'c' : *in == '=' ? 'e' : '\\';
+        ++in;
     }
-    text.Grown(static_cast<std::size_t>(out - begin));
 }
 
 std::size_t EscapedRoom(std::string_view value) noexcept {

@@ -1,3 +1,5 @@
+#include <charconv>
+#include <cstring>
 #include <new>
 
 #include "frameutil/strutil.h"
@@ -10,18 +12,22 @@ namespace FrameUtil {
 struct StrUIDFactory::Impl {
     explicit Impl(char sep) : separator(sep) {}
 
-    // Writes the separator and the key, and has room for `more` characters behind them, so
-    // that nothing fails half-way. False: this is no key.
-    bool Key(std::string_view key, std::size_t more) {
+    // Appends a pair whose value `write` writes, in at most `room` characters, to where it is
+    // told, returning the end. There is room for all of it before anything is written.
+    template <class Write>
+    void Pair(std::string_view key, std::size_t room, Write write) {
         if (IsInteger(key) || !IsPrintable(key)) {
-            return false;
+            return;
         }
-        text.Room(key.size() + more + 2);
+        char* const begin = text.Room(key.size() + room + 2);
+        char* out = begin;
         if (!text.empty()) {
-            text.Append(separator);
+            *out++ = separator;
         }
-        text.Append(key).Append('=');
-        return true;
+        std::memcpy(out, key.data(), key.size());
+        out += key.size();
+        *out++ = '=';
+        text.Grown(static_cast<std::size_t>(write(out) - begin));
     }
 
     PoolText text;
@@ -42,17 +48,17 @@ void StrUIDFactory::Clear() {
 StrUIDFactory& StrUIDFactory::Append(const char* key, const char* value) {
     if (m_pImpl != nullptr && key != nullptr && value != nullptr) {
         const std::string_view whole(value);
-        if (m_pImpl->Key(key, EscapedRoom(whole))) {
-            AppendEscaped(m_pImpl->text, whole, m_pImpl->separator);
-        }
+        m_pImpl->Pair(key, EscapedRoom(whole),
+                      [&](char* out) { return WriteEscaped(whole, m_pImpl->separator, out); });
     }
     return *this;
 }
 
 StrUIDFactory& StrUIDFactory::Append(const char* key, long value) {
-    constexpr std::size_t kLongest = 20;
-    if (m_pImpl != nullptr && key != nullptr && m_pImpl->Key(key, kLongest)) {
-        m_pImpl->text.Append(value);
+    if (m_pImpl != nullptr && key != nullptr) {
+        m_pImpl->Pair(key, kLongestNumber, [&](char* out) {
+            return std::to_chars(out, out + kLongestNumber, value).ptr;
+        });
     }
     return *this;
 }

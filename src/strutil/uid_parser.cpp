@@ -40,7 +40,7 @@ bool StrUIDParser::Parse(const char* text, UIDFault* fault) {
         return false;
     }
     m_pImpl->reached = 0;
-    return m_pImpl->identifier.Read(text, why);
+    return m_pImpl->identifier.Read(whole, why);
 }
 
 bool StrUIDParser::Next() {

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "failing_malloc.h"
 #include "frameutil/platform.h"
 #include "frameutil/strutil.h"
 #include "support/failing_new.h"
@@ -111,25 +112,41 @@ TEST(HandlesMoved, KeepWhatTheyHold) {
     EXPECT_TRUE(StrSpliter(std::move(items)).HasNext());
 }
 
-// A text that cannot grow throws, and is what it was: here the chunk for its block does not
-// come, at half the size neither.
+// A text that cannot grow throws, and is what it was: a short one because the pool's chunk
+// does not come, at half the size neither, a long one because malloc fails.
 TEST(HandlesMemory, AFailedAppendChangesNothing) {
+    const auto throws = [](auto append) {
+        try {
+            append();
+        } catch (const std::bad_alloc&) {
+            return true;
+        }
+        return false;
+    };
+    const std::string longer(300, 'v');
     StrUIDFactory factory;
     StrLinker list;
+    bool thrown = false;
     {
         const FailNthAllocation failing(1, 2);
-        EXPECT_THROW(factory.Append("a", "1"), std::bad_alloc);
+        thrown = throws([&] { factory.Append("a", "1"); });
     }
-    {
-        const FailNthAllocation failing(1, 2);
-        EXPECT_THROW(list << "x", std::bad_alloc);
-    }
+    EXPECT_TRUE(thrown);
     EXPECT_EQ(factory.GetStr(), "");
-    EXPECT_STREQ(list(), "");
     factory.Append("a", "1");
+
+    g_malloc_fails = true;
+    const bool factory_thrown = throws([&] { factory.Append("b", longer.c_str()); });
+    const bool list_thrown = throws([&] { list << "x"; });
+    g_malloc_fails = false;
+    EXPECT_TRUE(factory_thrown);
+    EXPECT_TRUE(list_thrown);
+    EXPECT_EQ(factory.GetStr(), "a=1");
+    EXPECT_STREQ(list(), "");
+    factory.Append("b", 2);
     list << "x"
          << "y";
-    EXPECT_EQ(factory.GetStr(), "a=1");
+    EXPECT_EQ(factory.GetStr(), "a=1,b=2");
     EXPECT_STREQ(list(), "x|y");
 }
 

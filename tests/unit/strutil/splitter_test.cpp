@@ -10,19 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "failing_malloc.h"
 #include "frameutil/strutil.h"
 #include "secure/fault.h"
 #include "support/captured_log.h"
 #include "support/sweeps.h"
-
-namespace {
-bool g_no_memory = false;
-}
-
-extern "C" void* __real_malloc(std::size_t size);
-extern "C" void* __wrap_malloc(std::size_t size) {
-    return g_no_memory ? nullptr : __real_malloc(size);
-}
 
 namespace FrameUtil {
 namespace {
@@ -237,9 +229,9 @@ TEST(Splitter, HasNoItemsAfterAFailure) {
     for (const bool null : {false, true}) {
         SCOPED_TRACE(null);
         StrSpliter items("a|b", '|');
-        g_no_memory = !null;
+        g_malloc_fails = !null;
         const bool parsed = items.Parse(null ? nullptr : "c|d");
-        g_no_memory = false;
+        g_malloc_fails = false;
         EXPECT_FALSE(parsed);
         EXPECT_FALSE(items.HasNext());
         EXPECT_FALSE(items.HasError());
