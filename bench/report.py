@@ -39,6 +39,13 @@ LIMITS = [
     *[(f"Codec, time an element, {text}: {phase}", f"growth {phase}", larger, "<=", 1.3, 1.1)
       for text, larger in (("at depth 100", "depth 3"), ("of 100,000", "1000 elements"))
       for phase in ("build", "parse")],
+    ("Identifier: parse five pairs, look two up", "uid parse", "ldap", "<=", 0.5, 0.15),
+    ("Identifier: build five pairs with escapes", "uid build", "streams", "<=", 0.4, 0.2),
+    ("List: join and split 20 items", "list", "streams", "<=", 0.5, 0.25),
+    ("Pool pair, process without threads", "pool 0", "glibc", "<=", 1.0, 0.4),
+    *[(f"Pool pair, {text}", f"pool {threads}", peer, "<=", must, aim)
+      for text, threads in (("one thread of a process with threads", 1), ("two threads", 2))
+      for peer, must, aim in (("boost", 0.8, 0.3), ("glibc", None, 1.2))],
     ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
     ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
     ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
@@ -50,7 +57,8 @@ LIMITS = [
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
               "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
-              "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
+              "ldap": "ldap_str2dn", "streams": "string streams", "glibc": "glibc malloc",
+              "boost": "boost::singleton_pool", "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
               "depth 3": "ours at depth 3", "1000 elements": "ours of 1,000"}
 # What ours is measured against itself: the larger of two sizes, by the smaller.
 LARGER = {"depth 3": "depth 100", "1000 elements": "100000 elements"}
@@ -70,7 +78,7 @@ class Figures:
         self.octets = {}
         self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "codec", "bus"):
+        for scenario in ("table", "request", "codec", "strutil", "pool", "pool_threads", "bus"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -105,6 +113,18 @@ class Figures:
         if "octets" in entry:
             self.octets[phase + "/" + contestant] = int(entry["octets"])
             self.allocations[phase, contestant] = entry["allocations"]
+
+    def _strutil(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        self._add(phase, contestant, entry["cpu_time"])
+
+    def _pool(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        # Two threads that wait for one another use less CPU time than they take.
+        time = "real_time" if phase == "pool 2" else "cpu_time"
+        self._add(phase, contestant, entry[time])
+
+    _pool_threads = _pool
 
     def _bus(self, entry):
         phase, contestant, octets = entry["name"].split("/")[:3]
@@ -188,6 +208,25 @@ def codec_table(figures):
                    f"| {figures.of(build, contestant) / 1000:.2f} | {parse} "
                    f"| {figures.octets[build + '/' + contestant]} "
                    f"| {figures.allocations[build, contestant]:.0f} |")
+
+
+def name_table(figures):
+    yield "| nanoseconds | ours | peer | copy |"
+    yield "|---|---:|---:|---:|"
+    for phase, text, peer in (("uid parse", "parse five pairs, look two up", "ldap"),
+                              ("uid build", "build five pairs", "streams"),
+                              ("list", "join and split 20 items", "streams")):
+        yield (f"| {text}, {PEER_NAMES[peer]} | {figures.of(phase, 'ours'):.0f} "
+               f"| {figures.of(phase, peer):.0f} | {figures.of(phase, 'null'):.0f} |")
+
+
+def pool_table(figures):
+    yield "| nanoseconds a pair | without threads | one thread | two threads |"
+    yield "|---|---:|---:|---:|"
+    for contestant in ("ours", "glibc", "boost", "null"):
+        times = " | ".join(f"{figures.of(f'pool {threads}', contestant):.1f}"
+                           for threads in (0, 1, 2))
+        yield f"| {PEER_NAMES.get(contestant, contestant)} | {times} |"
 
 
 def bus_table(figures):
@@ -299,6 +338,22 @@ are kept.
 
 {codec}
 
+## Identifiers and lists
+
+A name of five pairs; building escapes in three of its values. A list of 20 items of about 20
+characters, read into one string after another. Nobody keeps anything from one time to the
+next. The copy is that of the text.
+
+{names}
+
+## Small blocks
+
+1,000 live blocks of 4 to 128 bytes; a pair returns a random one and takes another of a
+random size. CPU time, but with two threads, which share all pools, elapsed time a pair of
+both. `boost::singleton_pool` has a pool for each size and a mutex in each, as ours have.
+
+{pools}
+
 ## Processes
 
 A round trip of one client has both processes on one CPU. Eight clients are eight processes
@@ -331,7 +386,8 @@ def main(folder, docs):
         many=figures.of("cycle", "ours@100000"), first=figures.of("first cycle", "ours"),
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
-        codec="\n".join(codec_table(figures)), bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        codec="\n".join(codec_table(figures)), names="\n".join(name_table(figures)),
+        pools="\n".join(pool_table(figures)), bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)
