@@ -9,23 +9,23 @@ using namespace FrameUtil;
 static void Lists() {
     // [lists]
     StrLinker list('|');
-    list << "eth0"
-         << "a|b" << 1500;
+    list << "eth0" << 1500 << "a|b";
     std::printf("%s\n", list());
 
     StrSpliter items(list(), '|');
     char name[] = "        ";  // room for as many characters as it shows
     std::string label;
     long mtu = 0;
-    items >> name >> label >> mtu;
-    std::printf("'%s' '%s' %ld\n", name, label.c_str(), mtu);
+    items >> name >> mtu >> label;
+    std::printf("'%s' %ld '%s'\n", name, mtu, label.c_str());
     // [/lists]
 }
 
 static void ListInAValue() {
     // [list-in-a-value]
     StrLinker list('|');
-    list << "up|down" << "up";
+    list << "up|down";
+    list << "up";
     StrUIDFactory factory;
     factory.Append("ne", 4).Append("states", list());
     std::printf("%s\n", factory.GetStr().c_str());
