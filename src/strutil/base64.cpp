@@ -7,15 +7,15 @@ namespace FrameUtil {
 
 namespace {
 
-constexpr int kNone = -1;
+constexpr std::uint8_t kNone = 64;  // behind the values of six bits
 
-constexpr std::array<std::int8_t, 256> MakeValues() {
+constexpr std::array<std::uint8_t, 256> MakeValues() {
     constexpr std::string_view kAlphabet =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::array<std::int8_t, 256> values{};
+    std::array<std::uint8_t, 256> values{};
     values.fill(kNone);
     for (std::size_t i = 0; i < kAlphabet.size(); ++i) {
-        values[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::int8_t>(i);
+        values[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::uint8_t>(i);
     }
     return values;
 }
@@ -35,11 +35,11 @@ bool DecodeBase64(std::string_view text, std::string& octets) {
     std::uint32_t bits = 0;
     int held = 0;  // bits of `bits` that make no octet yet
     for (const char c : text) {
-        const int value = kValues[static_cast<unsigned char>(c)];
+        const std::uint8_t value = kValues[static_cast<unsigned char>(c)];
         if (value == kNone) {
             return false;
         }
-        bits = bits << 6 | static_cast<std::uint32_t>(value);
+        bits = bits << 6 | value;
         held += 6;
         if (held >= 8) {
             held -= 8;
