@@ -59,8 +59,8 @@ std::string Candidates(const std::string& digits) {
         const std::string first = digits.substr(0, length);
         const std::string second = digits.substr(length);
         if (IsHalf(first) && IsHalf(second)) {
-            candidates += std::string(kHalf - first.size(), '0') + first +
-                          std::string(kHalf - second.size(), '0') + second + "\n";
+            candidates.append(kHalf - first.size(), '0').append(first);
+            candidates.append(kHalf - second.size(), '0').append(second).append("\n");
         }
     }
     return candidates;
