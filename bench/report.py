@@ -56,6 +56,13 @@ LIMITS = [
                                       ("postgresql", "PostgreSQL", "libpq"))
       for phase, text, must, aim in (("select", "SELECT of", 2.0, 1.2),
                                      ("insert", "INSERT of", 1.5, 1.1))],
+    ("Identifier: parse five pairs, look two up", "uid parse", "ldap", "<=", 0.5, 0.15),
+    ("Identifier: build five pairs with escapes", "uid build", "streams", "<=", 0.4, 0.2),
+    ("List: join and split 20 items", "list", "streams", "<=", 0.5, 0.25),
+    ("Pool pair, process without threads", "pool 0", "glibc", "<=", 1.0, 0.4),
+    *[(f"Pool pair, {text}", f"pool {threads}", peer, "<=", must, aim)
+      for text, threads in (("one thread of a process with threads", 1), ("two threads", 2))
+      for peer, must, aim in (("boost", 0.8, 0.3), ("glibc", None, 1.2))],
     ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
     ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
     ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
@@ -74,6 +81,8 @@ PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nloh
               "index": "by index", "variant": "std::variant<long, double, std::string>",
               "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
               "easy_handle": "bare libcurl easy handle", "threads": "the number of threads",
+              "ldap": "ldap_str2dn", "streams": "string streams", "glibc": "glibc malloc",
+              "boost": "boost::singleton_pool",
               "depth 3": "ours at depth 3", "1000 elements": "ours of 1,000"}
 # What ours is measured against itself: the larger of two sizes, by the smaller.
 LARGER = {"depth 3": "depth 100", "1000 elements": "100000 elements"}
@@ -93,7 +102,8 @@ class Figures:
         self.octets = {}
         self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "codec", "sort", "cell", "sql", "bus", "http"):
+        for scenario in ("table", "request", "codec", "sort", "cell", "sql", "strutil", "pool",
+                         "pool_threads", "bus", "http"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -146,6 +156,17 @@ class Figures:
         peer = {"sqlite": "sqlite3", "postgresql": "libpq"}[database]
         self._add(f"{phase} {database}", {"c": peer}.get(contestant, contestant),
                   entry["real_time"])
+    def _strutil(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        self._add(phase, contestant, entry["cpu_time"])
+
+    def _pool(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        # Two threads that wait for one another use less CPU time than they take.
+        time = "real_time" if phase == "pool 2" else "cpu_time"
+        self._add(phase, contestant, entry[time])
+
+    _pool_threads = _pool
 
     def _bus(self, entry):
         phase, contestant, octets = entry["name"].split("/")[:3]
@@ -260,6 +281,23 @@ def cells_text(figures):
         name=figures.of("access", "ours"), index=figures.of("access", "index"),
         **{f"{phase}_{peer}": figures.of("memory " + phase, peer)
            for phase in ("integer", "text") for peer in ("ours", "variant")})
+def name_table(figures):
+    yield "| nanoseconds | ours | peer | copy |"
+    yield "|---|---:|---:|---:|"
+    for phase, text, peer in (("uid parse", "parse five pairs, look two up", "ldap"),
+                              ("uid build", "build five pairs", "streams"),
+                              ("list", "join and split 20 items", "streams")):
+        yield (f"| {text}, {PEER_NAMES[peer]} | {figures.of(phase, 'ours'):.0f} "
+               f"| {figures.of(phase, peer):.0f} | {figures.of(phase, 'null'):.0f} |")
+
+
+def pool_table(figures):
+    yield "| nanoseconds a pair | without threads | one thread | two threads |"
+    yield "|---|---:|---:|---:|"
+    for contestant in ("ours", "glibc", "boost", "null"):
+        times = " | ".join(f"{figures.of(f'pool {threads}', contestant):.1f}"
+                           for threads in (0, 1, 2))
+        yield f"| {PEER_NAMES.get(contestant, contestant)} | {times} |"
 
 
 def bus_table(figures):
@@ -406,6 +444,21 @@ statement for each row in one transaction. SQLite: CPU time of the thread. Postg
 that passes, most of it in the server, which runs on the same machine.
 
 {sql}
+## Identifiers and lists
+
+A name of five pairs; building escapes in three of its values. A list of 20 items of about 20
+characters, read into one string after another. Nobody keeps anything from one time to the
+next. The copy is that of the text.
+
+{names}
+
+## Small blocks
+
+1,000 live blocks of 4 to 128 bytes; a pair returns a random one and takes another of a
+random size. CPU time, but with two threads, which share all pools, elapsed time a pair of
+both. `boost::singleton_pool` has a pool for each size and a mutex in each, as ours have.
+
+{pools}
 
 ## Processes
 
@@ -452,6 +505,7 @@ def main(folder, docs):
         rest_ours=figures.of("exchange", "ours"), rest_bare=figures.of("exchange", "easy_handle"),
         rest_cpu_ours=figures.of("exchange CPU", "ours"),
         rest_cpu_bare=figures.of("exchange CPU", "easy_handle"),
+        names="\n".join(name_table(figures)), pools="\n".join(pool_table(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)

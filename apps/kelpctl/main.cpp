@@ -7,6 +7,7 @@
 #include "kelpctl/call.h"
 #include "kelpctl/commands.h"
 #include "kelpctl/list.h"
+#include "kelpctl/names/command.h"
 #include "kelpctl/options.h"
 #include "kelpctl/paraset/command.h"
 #include "kelpctl/status.h"
@@ -21,6 +22,9 @@ int Run(int argc, const char* const* argv) {
     }
     if (options->action == kelpctl::Options::Action::kParaSet) {
         return kelpctl::RunParaSet(options->paraset);
+    }
+    if (options->action == kelpctl::Options::Action::kNames) {
+        return kelpctl::RunNames(options->names);
     }
     std::vector<kelpctl::Process> processes;
     for (const std::string& file : options->commands_files) {

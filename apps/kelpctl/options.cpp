@@ -5,6 +5,7 @@
 #include <iostream>
 #include <limits>
 
+#include "kelpctl/names/options.h"
 #include "kelpctl/paraset/options.h"
 #include "kelpctl/status.h"
 
@@ -90,6 +91,7 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
     CLI::App* list = app.add_subcommand("list", "print what the commands files name");
     AddFiles(*list, options);
     const ParaSetCommandLine paraset(app);
+    const NamesCommandLine names(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
@@ -110,6 +112,11 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
         }
         options.action = Options::Action::kParaSet;
         options.paraset = *std::move(asked);
+        return options;
+    }
+    if (names.Parsed()) {
+        options.action = Options::Action::kNames;
+        options.names = names.Options();
         return options;
     }
     options.action = list->parsed() ? Options::Action::kList : Options::Action::kCall;

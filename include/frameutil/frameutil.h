@@ -7,5 +7,6 @@
 #include "frameutil/paraset.h"
 #include "frameutil/platform.h"
 #include "frameutil/sql.h"
+#include "frameutil/strutil.h"
 #include "frameutil/table.h"
 #include "frameutil/version.h"
