@@ -74,6 +74,9 @@ LIMITS = [
     ("REST exchange on a kept connection, requests a second", "exchange", "easy_handle", ">=",
      0.85, 0.97),
     ("TLS handshakes in 1,000 exchanges by 8 threads", "handshakes", "threads", "<=", 1, 1),
+    ("kelpd: GET over TLS, requests a second", "gateway rate", "nginx", ">=", 0.5, 0.9),
+    ("kelpd: GET over TLS, 99th percentile", "gateway p99_ms", "nginx", "<=", 2, 1.1),
+    ("kelpd: GET over TLS, CPU a request", "gateway cpu_us", "nginx", "<=", 2, 1.1),
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
               "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
@@ -103,7 +106,7 @@ class Figures:
         self.allocations = {}
         self.context = {}
         for scenario in ("table", "request", "codec", "sort", "cell", "sql", "strutil", "pool",
-                         "pool_threads", "bus", "http"):
+                         "pool_threads", "bus", "http", "kelpd"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -183,6 +186,10 @@ class Figures:
         else:
             self._add(phase, contestant, 1e6 / entry["real_time"])
             self._add("exchange CPU", contestant, entry["cpu_time"])
+    def _kelpd(self, entry):
+        phase, contestant = entry["name"].split("/")
+        for figure in ("rate", "p99_ms", "cpu_us"):
+            self._add(f"{phase} {figure}", contestant, entry[figure])
 
     def of(self, phase, contestant):
         return median(self.values[phase, contestant])
@@ -311,6 +318,15 @@ def bus_table(figures):
         calls = " | ".join(f"{figures.syscalls[name + '/' + n]['total']:g}"
                            for n in ("100", "10000"))
         yield f"| {PEER_NAMES.get(name, name)} | {trips} | {cpu} | {rates} | {calls} |"
+
+
+def gateway_table(figures):
+    yield "| | requests/s | 99th percentile, ms | CPU a request, us |"
+    yield "|---|---:|---:|---:|"
+    for name in ("ours", "nginx"):
+        yield (f"| {name} | {figures.of('gateway rate', name):.0f} "
+               f"| {figures.of('gateway p99_ms', name):.2f} "
+               f"| {figures.of('gateway cpu_us', name):.1f} |")
 
 
 def calls_text(figures):
@@ -479,6 +495,14 @@ One exchange of a small JSON body with a TLS server on the same CPU, through the
 as its callers use it, a new object for each request: {rest_ours:.0f} requests a second, a bare
 libcurl easy handle with everything set once {rest_bare:.0f}. CPU of the client alone:
 {rest_cpu_ours:.1f} us and {rest_cpu_bare:.1f} us. Both verify the server.
+## The gateway
+
+GET of a small body over TLS 1.3 on kept connections, with client certificates required and an
+access log written, while 500 further connections are idle. Eight clients of ab have one
+processor, the server has the other and one thread; the contestants take turns. CPU is the
+server's, which other processes on the same processor do not stretch.
+
+{gateway}
 
 ## The machine
 
@@ -500,12 +524,13 @@ def main(folder, docs):
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
         codec="\n".join(codec_table(figures)), sorts="\n".join(sort_table(figures)),
-        cell_access=cells_text(figures), sql="\n".join(sql_table(figures)), bus="\n".join(bus_table(figures)),
-        calls="\n".join(calls_text(figures)),
+        cell_access=cells_text(figures), sql="\n".join(sql_table(figures)),
+        bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
         rest_ours=figures.of("exchange", "ours"), rest_bare=figures.of("exchange", "easy_handle"),
         rest_cpu_ours=figures.of("exchange CPU", "ours"),
         rest_cpu_bare=figures.of("exchange CPU", "easy_handle"),
         names="\n".join(name_table(figures)), pools="\n".join(pool_table(figures)),
+        gateway="\n".join(gateway_table(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
         file.write(text)

@@ -18,6 +18,10 @@ if [ -z "${REPORT_ONLY:-}" ]; then
       --benchmark_repetitions="${REPETITIONS:-9}" --benchmark_enable_random_interleaving=true \
       --benchmark_out="$out/$scenario.json" --benchmark_out_format=json >/dev/null
   done
+  echo "running kelpd"
+  cmake --build --preset release --target kelpd
+  /usr/bin/python3 bench/kelpd/kelpd_bench.py build/release/apps/kelpd/kelpd "$out/kelpd.json" \
+    "${REPETITIONS:-9}"
   /usr/bin/python3 bench/bus/syscalls.py "$programs/bus/bench_bus" "$out/syscalls.json"
 fi
 /usr/bin/python3 bench/report.py "$out" docs

@@ -13,12 +13,14 @@ DEADLINE_S = 60  # for what a healthy machine does in well under a second
 
 
 class Server:
-    """A process that prints `ready_line` on standard output once it serves."""
+    """A process that prints `ready_line` on standard output once it serves. `limit` is
+    called in the new process before it becomes the program."""
 
-    def __init__(self, command, ready_line, env=None):
+    def __init__(self, command, ready_line, env=None, limit=None):
         self.errors = tempfile.TemporaryFile()
         self.process = subprocess.Popen(
-            command, stdout=subprocess.PIPE, stderr=self.errors, env=env)
+            command, stdout=subprocess.PIPE, stderr=self.errors, env=env,
+            preexec_fn=limit)
         self._wait_for(ready_line)
 
     def _wait_for(self, line):
@@ -44,6 +46,8 @@ class Server:
 
     def kill(self, number=signal.SIGKILL):
         """Sends a signal that ends the process, waits, returns the exit status."""
+        if self.errors.closed:
+            return self.process.returncode
         if self.process.poll() is None:
             self.process.send_signal(number)
         status = self.process.wait(DEADLINE_S)

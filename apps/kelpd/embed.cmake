@@ -1,0 +1,22 @@
+# embed_files(target.cpp FOLDER folder EXTRA path source ...) writes a source file that holds
+# the files below `folder` and each `source` under the name `path`, as the table that
+# init/templates.h declares. It is written anew when one of them changes.
+function(embed_files output)
+  cmake_parse_arguments(E "" "FOLDER" "EXTRA" ${ARGN})
+  file(GLOB_RECURSE names CONFIGURE_DEPENDS RELATIVE ${E_FOLDER} ${E_FOLDER}/*)
+  list(SORT names)
+  set(pairs)
+  foreach(name IN LISTS names)
+    list(APPEND pairs ${name} ${E_FOLDER}/${name})
+  endforeach()
+  list(APPEND pairs ${E_EXTRA})
+  set(code "#include \"kelpd/init/templates.h\"\n\nconst std::vector<kelpd::Template>& kelpd::Templates() {\n    static const std::vector<Template> kTemplates = {\n")
+  while(pairs)
+    list(POP_FRONT pairs name source)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
+    file(READ ${source} text)
+    string(APPEND code "        {\"${name}\", R\"~~~(${text})~~~\"},\n")
+  endwhile()
+  string(APPEND code "    };\n    return kTemplates;\n}\n")
+  file(GENERATE OUTPUT ${output} CONTENT "${code}")
+endfunction()
