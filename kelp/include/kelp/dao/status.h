@@ -6,6 +6,7 @@
 // thread-compatible.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -51,7 +52,7 @@ class KELP_API CExecStatus {
   public:
     // Success.
     CExecStatus() noexcept = default;
-    // A failure. `sql_state` is cut after five characters.
+    // A failure. `sql_state` is cut after five characters; without memory the text is "".
     CExecStatus(int code, int native_code, std::string_view sql_state, std::string text) noexcept;
 
     // 0 (DAO_OK) or one of ErrCodeEnum.
@@ -64,7 +65,7 @@ class KELP_API CExecStatus {
     const char* GetSqlState() const noexcept { return m_sql_state; }
     // What went wrong, for people; "" after success. The database's own words, without
     // credentials.
-    const std::string& GetErrText() const noexcept { return m_text; }
+    const std::string& GetErrText() const noexcept;
     // How many rows an INSERT, UPDATE or DELETE touched; 0 for every other statement.
     long long GetAffectedRows() const noexcept { return m_affected_rows; }
 
@@ -75,7 +76,8 @@ class KELP_API CExecStatus {
     int m_native_code = 0;
     long long m_affected_rows = 0;
     char m_sql_state[6] = {};
-    std::string m_text;
+    // Shared, since a status is handed on often and rarely holds one.
+    std::shared_ptr<const std::string> m_text;
 };
 
 }  // namespace dao
