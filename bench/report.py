@@ -39,6 +39,30 @@ LIMITS = [
     *[(f"Codec, time an element, {text}: {phase}", f"growth {phase}", larger, "<=", 1.3, 1.1)
       for text, larger in (("at depth 100", "depth 3"), ("of 100,000", "1000 elements"))
       for phase in ("build", "parse")],
+    ("Sort 10,000 rows, distinct integers", "sort distinct", "exchanges", "<=", 0.01, 0.002),
+    ("Sort 10,000 rows, distinct integers", "sort distinct", "std_sort", "<=", 4, 2),
+    ("Sort 10,000 rows, any 64 bits", "sort wide", "exchanges", "<=", 0.01, 0.002),
+    ("Sort 10,000 rows, any 64 bits", "sort wide", "std_sort", "<=", 4, 2),
+    *[(f"Sort 10,000 rows, {text}", f"sort {name}", "exchanges", "<=", 0.05, 0.01)
+      for text, name in (("many equal integers", "equal"), ("many equal texts", "text"),
+                         ("two keys", "two"), ("two keys, many equal", "two_few"),
+                         ("two keys, a text and an integer", "two_text"),
+                         ("three keys", "three"))],
+    ("Cell of 20 columns by name", "access", "index", "<=", 3, 1.5),
+    ("Memory a cell, integers", "memory integer", "variant", "<=", 1.5, 1.0),
+    ("Memory a cell, texts of 16 octets", "memory text", "variant", "<=", 1.5, 1.0),
+    *[(f"{name}: {text} 100,000 rows", f"{phase} {database}", f"{library}", "<=", must, aim)
+      for database, name, library in (("sqlite", "SQLite", "sqlite3"),
+                                      ("postgresql", "PostgreSQL", "libpq"))
+      for phase, text, must, aim in (("select", "SELECT of", 2.0, 1.2),
+                                     ("insert", "INSERT of", 1.5, 1.1))],
+    ("Identifier: parse five pairs, look two up", "uid parse", "ldap", "<=", 0.5, 0.15),
+    ("Identifier: build five pairs with escapes", "uid build", "streams", "<=", 0.4, 0.2),
+    ("List: join and split 20 items", "list", "streams", "<=", 0.5, 0.25),
+    ("Pool pair, process without threads", "pool 0", "glibc", "<=", 1.0, 0.4),
+    *[(f"Pool pair, {text}", f"pool {threads}", peer, "<=", must, aim)
+      for text, threads in (("one thread of a process with threads", 1), ("two threads", 2))
+      for peer, must, aim in (("boost", 0.8, 0.3), ("glibc", None, 1.2))],
     ("Round trip, 100 octets", "roundtrip/100", "unix", "<=", 2.5, 1.2),
     ("Round trip, 100 octets", "roundtrip/100", "zeromq", "<", 1.0, 0.35),
     ("Round trip, 10 kB", "roundtrip/10000", "unix", "<=", 2.5, 1.2),
@@ -47,13 +71,21 @@ LIMITS = [
     ("8 clients, requests a second, 100 octets", "clients/100", "zeromq", ">=", 1.5, 3),
     ("8 clients, requests a second, 10 kB", "clients/10000", "unix", ">=", 0.35, 0.8),
     ("8 clients, requests a second, 10 kB", "clients/10000", "zeromq", ">=", 1.5, 3),
+    ("REST exchange on a kept connection, requests a second", "exchange", "easy_handle", ">=",
+     0.85, 0.97),
+    ("TLS handshakes in 1,000 exchanges by 8 threads", "handshakes", "threads", "<=", 1, 1),
     ("kelpd: GET over TLS, requests a second", "gateway rate", "nginx", ">=", 0.5, 0.9),
     ("kelpd: GET over TLS, 99th percentile", "gateway p99_ms", "nginx", "<=", 2, 1.1),
     ("kelpd: GET over TLS, CPU a request", "gateway cpu_us", "nginx", "<=", 2, 1.1),
 ]
 PEER_NAMES = {"unix": "bare Unix socket", "zeromq": "ZeroMQ REQ/REP, ipc", "nlohmann":
               "nlohmann, text", "asn1c": "asn1c", "10,000 rows": "ours at 10,000 rows",
+              "exchanges": "exchanges one by one", "std_sort": "std::sort of extracted keys",
+              "index": "by index", "variant": "std::variant<long, double, std::string>",
               "nlohmann_cbor": "nlohmann, CBOR", "msgpack": "msgpack-cxx",
+              "easy_handle": "bare libcurl easy handle", "threads": "the number of threads",
+              "ldap": "ldap_str2dn", "streams": "string streams", "glibc": "glibc malloc",
+              "boost": "boost::singleton_pool",
               "depth 3": "ours at depth 3", "1000 elements": "ours of 1,000"}
 # What ours is measured against itself: the larger of two sizes, by the smaller.
 LARGER = {"depth 3": "depth 100", "1000 elements": "100000 elements"}
@@ -73,7 +105,8 @@ class Figures:
         self.octets = {}
         self.allocations = {}
         self.context = {}
-        for scenario in ("table", "request", "codec", "bus", "kelpd"):
+        for scenario in ("table", "request", "codec", "sort", "cell", "sql", "strutil", "pool",
+                         "pool_threads", "bus", "http", "kelpd"):
             with open(os.path.join(folder, scenario + ".json"), encoding="utf-8") as file:
                 run = json.load(file)
             self.context[scenario] = run["context"]
@@ -109,6 +142,35 @@ class Figures:
             self.octets[phase + "/" + contestant] = int(entry["octets"])
             self.allocations[phase, contestant] = entry["allocations"]
 
+    def _sort(self, entry):
+        scenario, contestant = entry["name"].split("/")[:2]
+        self._add("sort " + scenario, contestant, entry["real_time"])
+
+    def _cell(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        if phase == "access":
+            contestant = {"name": "ours"}.get(contestant, contestant)
+            self._add(phase, contestant, entry["real_time"] * 1e3 / entry["cells"])
+        else:
+            self._add("memory " + phase, contestant, entry["heap_a_cell"])
+
+    def _sql(self, entry):
+        phase, database, contestant = entry["name"].split("/")[:3]
+        peer = {"sqlite": "sqlite3", "postgresql": "libpq"}[database]
+        self._add(f"{phase} {database}", {"c": peer}.get(contestant, contestant),
+                  entry["real_time"])
+    def _strutil(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        self._add(phase, contestant, entry["cpu_time"])
+
+    def _pool(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        # Two threads that wait for one another use less CPU time than they take.
+        time = "real_time" if phase == "pool 2" else "cpu_time"
+        self._add(phase, contestant, entry[time])
+
+    _pool_threads = _pool
+
     def _bus(self, entry):
         phase, contestant, octets = entry["name"].split("/")[:3]
         value = entry.get("requests_per_second", entry["real_time"])
@@ -116,6 +178,14 @@ class Figures:
         if "cpu_us" in entry:
             self._add("cpu/" + octets, contestant, entry["cpu_us"])
 
+    def _http(self, entry):
+        phase, contestant = entry["name"].split("/")[:2]
+        if phase == "handshakes":
+            self._add(phase, contestant, entry["handshakes"])
+            self._add(phase, "threads", 8)
+        else:
+            self._add(phase, contestant, 1e6 / entry["real_time"])
+            self._add("exchange CPU", contestant, entry["cpu_time"])
     def _kelpd(self, entry):
         phase, contestant = entry["name"].split("/")
         for figure in ("rate", "p99_ms", "cpu_us"):
@@ -198,6 +268,45 @@ def codec_table(figures):
                    f"| {figures.allocations[build, contestant]:.0f} |")
 
 
+def sort_table(figures):
+    yield "| milliseconds | ours | exchanges | std::sort of extracted keys |"
+    yield "|---|---:|---:|---:|"
+    for text, name in (("distinct integers", "distinct"), ("any 64 bits", "wide"),
+                       ("20 different integers", "equal"), ("500 different texts", "text"),
+                       ("two keys of a million values", "two"), ("two keys of 50", "two_few"),
+                       ("two keys, 100 texts and 1,000 integers", "two_text"),
+                       ("three keys of 1,000", "three")):
+        phase = "sort " + name
+        std = f"{figures.of(phase, 'std_sort'):.3f}" if (phase, "std_sort") in figures.values \
+            else "-"
+        yield (f"| {text} | {figures.of(phase, 'ours'):.3f} "
+               f"| {figures.of(phase, 'exchanges'):.0f} | {std} |")
+
+
+def cells_text(figures):
+    return CELLS.format(
+        name=figures.of("access", "ours"), index=figures.of("access", "index"),
+        **{f"{phase}_{peer}": figures.of("memory " + phase, peer)
+           for phase in ("integer", "text") for peer in ("ours", "variant")})
+def name_table(figures):
+    yield "| nanoseconds | ours | peer | copy |"
+    yield "|---|---:|---:|---:|"
+    for phase, text, peer in (("uid parse", "parse five pairs, look two up", "ldap"),
+                              ("uid build", "build five pairs", "streams"),
+                              ("list", "join and split 20 items", "streams")):
+        yield (f"| {text}, {PEER_NAMES[peer]} | {figures.of(phase, 'ours'):.0f} "
+               f"| {figures.of(phase, peer):.0f} | {figures.of(phase, 'null'):.0f} |")
+
+
+def pool_table(figures):
+    yield "| nanoseconds a pair | without threads | one thread | two threads |"
+    yield "|---|---:|---:|---:|"
+    for contestant in ("ours", "glibc", "boost", "null"):
+        times = " | ".join(f"{figures.of(f'pool {threads}', contestant):.1f}"
+                           for threads in (0, 1, 2))
+        yield f"| {PEER_NAMES.get(contestant, contestant)} | {times} |"
+
+
 def bus_table(figures):
     heads = ("round trip, us", "CPU of both sides, us", "8 clients, requests/s", "system calls")
     yield "| | " + " | ".join(f"{head}: 100 octets | 10 kB" for head in heads) + " |"
@@ -225,6 +334,15 @@ def calls_text(figures):
         calls = figures.syscalls["ours/100"][side]
         listed = ", ".join(f"{name} {count:g}" for name, count in calls.items())
         yield f"- our {side}, 100 octets: {listed}"
+
+
+def sql_table(figures):
+    yield "| milliseconds | ours | C interface |"
+    yield "|---|---:|---:|"
+    for database, peer in (("sqlite", "sqlite3"), ("postgresql", "libpq")):
+        for phase in ("select", "insert"):
+            key = f"{phase} {database}"
+            yield f"| {key} | {figures.of(key, 'ours'):.0f} | {figures.of(key, peer):.0f} |"
 
 
 def cpu_model():
@@ -264,6 +382,11 @@ def plot(figures, path):
     plt.rcParams["svg.hashsalt"] = "benchmarks"
     figure.savefig(path, metadata={"Date": None})
 
+
+CELLS = """By name {name:.1f} ns a cell, by index {index:.1f} ns, the conversion to a number
+included; 20 names of 2 to 12 octets. Heap a cell, in rows of 20: integers {integer_ours:.0f}
+octets (variant {integer_variant:.0f}), texts of 16 octets {text_ours:.0f} (variant
+{text_variant:.0f})."""
 
 TEXT = """# Benchmarks
 
@@ -316,6 +439,43 @@ are kept.
 
 {codec}
 
+## Sorting a value table
+
+10,000 rows in memory of their own, CPU time. The order is that of exchanging each row with
+every later one that it does not precede; `exchanges` does that, and the rows come out the
+same. `std::sort` gets the keys and row numbers of one column, extracted outside of its time,
+and moves no rows.
+
+{sorts}
+
+## Cells of a value table
+
+{cell_access}
+
+## Databases
+
+100,000 rows of 8 columns. SELECT reads them into a value table, whose cursor then goes
+through all cells; the C interfaces read into a vector of variants. INSERT runs one prepared
+statement for each row in one transaction. SQLite: CPU time of the thread. PostgreSQL: the time
+that passes, most of it in the server, which runs on the same machine.
+
+{sql}
+## Identifiers and lists
+
+A name of five pairs; building escapes in three of its values. A list of 20 items of about 20
+characters, read into one string after another. Nobody keeps anything from one time to the
+next. The copy is that of the text.
+
+{names}
+
+## Small blocks
+
+1,000 live blocks of 4 to 128 bytes; a pair returns a random one and takes another of a
+random size. CPU time, but with two threads, which share all pools, elapsed time a pair of
+both. `boost::singleton_pool` has a pool for each size and a mutex in each, as ours have.
+
+{pools}
+
 ## Processes
 
 A round trip of one client has both processes on one CPU. Eight clients are eight processes
@@ -329,6 +489,12 @@ together, counted by strace without pinning.
 
 {calls}
 
+## REST
+
+One exchange of a small JSON body with a TLS server on the same CPU, through the HTTP manager
+as its callers use it, a new object for each request: {rest_ours:.0f} requests a second, a bare
+libcurl easy handle with everything set once {rest_bare:.0f}. CPU of the client alone:
+{rest_cpu_ours:.1f} us and {rest_cpu_bare:.1f} us. Both verify the server.
 ## The gateway
 
 GET of a small body over TLS 1.3 on kept connections, with client certificates required and an
@@ -357,7 +523,13 @@ def main(folder, docs):
         many=figures.of("cycle", "ours@100000"), first=figures.of("first cycle", "ours"),
         cpu_ratios=" and ".join(f"{figures.ratio('cpu/' + n, 'unix'):.2f}"
                                 for n in ("100", "10000")),
-        codec="\n".join(codec_table(figures)), bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        codec="\n".join(codec_table(figures)), sorts="\n".join(sort_table(figures)),
+        cell_access=cells_text(figures), sql="\n".join(sql_table(figures)),
+        bus="\n".join(bus_table(figures)), calls="\n".join(calls_text(figures)),
+        rest_ours=figures.of("exchange", "ours"), rest_bare=figures.of("exchange", "easy_handle"),
+        rest_cpu_ours=figures.of("exchange CPU", "ours"),
+        rest_cpu_bare=figures.of("exchange CPU", "easy_handle"),
+        names="\n".join(name_table(figures)), pools="\n".join(pool_table(figures)),
         gateway="\n".join(gateway_table(figures)),
         machine="\n".join(machine(figures)))
     with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:

@@ -12,9 +12,9 @@ if [ -z "${REPORT_ONLY:-}" ]; then
   cmake --preset release
   cmake --build --preset release --target benchmarks
   mkdir -p "$out"
-  for scenario in table request codec bus; do
+  for scenario in table request codec sort cell sql strutil pool pool_threads bus http; do
     echo "running $scenario"
-    "$programs/$scenario/bench_$scenario" --benchmark_min_time=0.2 \
+    "$programs/${scenario%_threads}/bench_$scenario" --benchmark_min_time=0.2 \
       --benchmark_repetitions="${REPETITIONS:-9}" --benchmark_enable_random_interleaving=true \
       --benchmark_out="$out/$scenario.json" --benchmark_out_format=json >/dev/null
   done

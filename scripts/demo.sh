@@ -1,8 +1,16 @@
 #!/usr/bin/env bash
 # One command's whole way between real processes: kelpctl asks nemgr over the message bus,
-# nemgr asks Debian's snmpd over SNMP. Installs and builds what is missing first. Exit
-# status 0 only if every answer was the expected one.
+# nemgr asks Debian's snmpd over SNMP and keeps what it heard in a database. Installs and
+# builds what is missing first. Exit status 0 only if every answer was the expected one.
+#   scripts/demo.sh                the inventory is kept in an SQLite file
+#   scripts/demo.sh --postgresql   on a PostgreSQL server that the script starts
 set -euo pipefail
+database=sqlite
+case "${1:-}" in
+  '') ;;
+  --postgresql) database=postgresql ;;
+  *) echo "usage: $0 [--postgresql]" >&2; exit 2 ;;
+esac
 . "$(dirname "$0")/prepare.sh"
 
 say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
@@ -14,16 +22,18 @@ kelpctl=$PWD/build/dev/apps/kelpctl/kelpctl
 nemgr=$PWD/build/dev/examples/nemgr/nemgr
 
 work=$(mktemp -d)
-snmpd_pid='' nemgr_pid='' failures=0
+snmpd_pid='' nemgr_pid='' postgres_pid='' failures=0
 clean_up() {
-  for pid in $nemgr_pid $snmpd_pid; do
+  for pid in $nemgr_pid $snmpd_pid $postgres_pid; do
     kill "$pid" 2>/dev/null || true
     wait "$pid" 2>/dev/null || true
   done
   rm -rf "$work"
 }
 trap clean_up EXIT
+chmod 711 "$work"
 mkdir -m 700 "$work/run" "$work/state"
+mkdir -p "$work/oss/etc" "$work/oss/var"
 export LC_ALL=C.UTF-8 KELP_RUN_DIR=$work/run KELPCTL_COMMANDS=$PWD/examples/nemgr/commands.json
 
 # eventually WHAT COMMAND...: repeats COMMAND until it succeeds, for ten seconds at most.
@@ -59,6 +69,58 @@ start_element() {
   exit 1
 }
 
+# A database server on a free port of the loopback. Root may not run one.
+postgres_bin=$(ls -d /usr/lib/postgresql/*/bin 2>/dev/null | tail -n 1)
+as_postgres() { if [ "$(id -u)" = 0 ]; then runuser -u postgres -- "$@"; else "$@"; fi; }
+postgres_answers() { "$postgres_bin/pg_isready" -q -h 127.0.0.1 -p "$postgres_port"; }
+postgres_answers_or_ended() { postgres_answers || ! kill -0 "$postgres_pid" 2>/dev/null; }
+start_postgres() {
+  local data=$work/postgres
+  mkdir "$data"
+  echo "$postgres_password" >"$work/password"
+  if [ "$(id -u)" = 0 ]; then chown postgres "$data" "$work/password"; fi
+  chmod 600 "$work/password"
+  as_postgres "$postgres_bin/initdb" -D "$data" -U nemgr --pwfile="$work/password" \
+    -A scram-sha-256 -E UTF8 --locale=C.UTF-8 >/dev/null
+  for _ in 1 2 3 4 5; do
+    postgres_port=$((20000 + RANDOM % 40000))
+    as_postgres "$postgres_bin/postgres" -D "$data" -p "$postgres_port" -h 127.0.0.1 -k "$data" \
+      >"$work/postgres.log" 2>&1 &
+    postgres_pid=$!
+    eventually "PostgreSQL does not start: $(cat "$work/postgres.log")" postgres_answers_or_ended
+    if postgres_answers; then return 0; fi
+    wait "$postgres_pid" || postgres_pid=''  # the port was taken
+  done
+  echo "demo: no free port for PostgreSQL: $(cat "$work/postgres.log")" >&2
+  exit 1
+}
+
+# The installation's configuration: where the inventory is.
+configure_database() {
+  local entry='"url": "sqlite:var/nemgr.db", "type": "sqlite"'
+  if [ $database = postgresql ]; then
+    postgres_password=$(head -c 12 /dev/urandom | od -An -tx1 | tr -d ' \n')
+    start_postgres
+    entry='"url": "postgresql://127.0.0.1:'$postgres_port'/postgres", "type": "postgresql", '
+    entry+='"user": "nemgr", "password": "'$postgres_password'"'
+  fi
+  (umask 077 && echo '{"databases": {"inventory": {'"$entry"'}}}' >"$work/oss/etc/kelp.json")
+  export OSS_ROOT=$work/oss
+}
+
+start_nemgr() {
+  "$nemgr" --element "127.0.0.1:$port" --snmp-timeout-ms 500 --database inventory \
+    >"$work/nemgr.out" 2>>"$work/nemgr.log" &
+  nemgr_pid=$!
+  eventually "nemgr does not start: $(cat "$work/nemgr.log")" \
+    grep -q '^nemgr: ready$' "$work/nemgr.out"
+}
+stop_nemgr() {
+  kill "$nemgr_pid"
+  wait "$nemgr_pid" || failures=$((failures + 1))
+  nemgr_pid=''
+}
+
 # call STATUS PATTERN ARGUMENT...: runs kelpctl call, shows what it does, and notes a
 # failure unless it exits with STATUS and prints something that matches PATTERN.
 call() {
@@ -81,28 +143,44 @@ say "1. A network element: snmpd"
 start_element
 echo "snmpd (pid $snmpd_pid) listens on 127.0.0.1:$port"
 
-say "2. A server on the message bus: nemgr"
-"$nemgr" --element "127.0.0.1:$port" --snmp-timeout-ms 500 >"$work/nemgr.out" 2>"$work/nemgr.log" &
-nemgr_pid=$!
-eventually "nemgr does not start: see $work/nemgr.log" grep -q '^nemgr: ready$' "$work/nemgr.out"
+say "2. A database for the inventory: $database"
+configure_database
+if [ $database = postgresql ]; then
+  echo "PostgreSQL (pid $postgres_pid) listens on 127.0.0.1:$postgres_port"
+fi
+sed -E 's/("password": )"[^"]*"/\1"..."/; s/^/  /' "$OSS_ROOT/etc/kelp.json"
+
+say "3. A server on the message bus: nemgr"
+start_nemgr
 echo "nemgr (pid $nemgr_pid) serves on $(ls "$KELP_RUN_DIR"/*.sock)"
 "$kelpctl" list | grep -E '^( {2})?[^ ]'
 
-say "3. Reading: one row, and a table with integers, doubles and octets"
+say "4. Reading: one row, and a table with integers, doubles and octets"
 call 0 "^sysName +$(uname -n)\$" nemgr readSystem
 call 0 '^lo .* 65536 ' nemgr readInterfaces
 
-say "4. Writing: the element takes it, or refuses it"
+say "5. Writing: the element takes it, or refuses it"
 call 0 '^sysLocation +東京, 2F$' nemgr writeSystem contact='Zoë Ångström' location='東京, 2F'
 call 12 'the element refuses: .*noAccess' nemgr writeSystem contact=Nobody community=public
 
-say "5. An element that does not exist"
+say "6. An element that does not exist"
 call 11 'the element does not answer: 127.0.0.1:9:' nemgr readSystem element=127.0.0.1:9
 
-say "6. Reading again: the rates since the reading before"
+say "7. Reading again: the rates since the reading before"
 call 0 '^lo +[0-9]+ +[0-9.]+ +1 +65536' nemgr readInterfaces
+call 0 '^sysLocation +東京, 2F$' nemgr readSystem
 
-say "7. The large answer: the IEEE registry"
+say "8. The inventory: what was read is in the database, also after a restart"
+call 0 "^element +127\.0\.0\.1:$port\$" nemgr listElements
+stop_nemgr
+start_nemgr
+echo "nemgr was stopped and started again (pid $nemgr_pid)"
+call 0 '^sysLocation +東京, 2F$' nemgr listElements
+call 0 '^lo +1 +65536 ' nemgr listInterfaces
+call 0 "^element +127\.0\.0\.1:$port\$" nemgr forgetElement
+call 18 'the inventory has no such element: 127.0.0.1' nemgr listInterfaces
+
+say "9. The large answer: the IEEE registry"
 rows=$(/usr/bin/python3 -c '
 import csv, sys
 print(sum(len(list(csv.reader(open(f, encoding="utf-8", newline="")))) - 1 for f in sys.argv[1:]))
@@ -111,13 +189,11 @@ call 0 "^\.\.\. 5 of $rows rows\$" nemgr findVendors --rows 5
 call 0 '^4C917A8 +MA-M +Camsat Przemysław Gralak ' nemgr findVendors name=camsat
 call 14 "no such vendor: 'fffff'" nemgr findVendors prefix=fffff
 
-say "8. The same for programs"
+say "10. The same for programs"
 call 0 '^\{"retCode":0,"tables":\[$' nemgr findVendors prefix=00:00:0c --json
 
-say "9. A server that is not running"
-kill "$nemgr_pid"
-wait "$nemgr_pid" || failures=$((failures + 1))
-nemgr_pid=''
+say "11. A server that is not running"
+stop_nemgr
 call 3 'nemgr \(3001\) is not running' nemgr readSystem
 
 if [ $failures != 0 ]; then

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -14,6 +13,7 @@
 #include "kelp/task.h"
 #include "kelpctl/answer.h"
 #include "kelpctl/json_text.h"
+#include "kelpctl/quiet_log.h"
 #include "kelpctl/status.h"
 #include "kelpctl/table_text.h"
 #include "kelpctl/wire.h"
@@ -52,12 +52,7 @@ class LastComplaint final : public kelp::log::Sink {
 class BusClient {
   public:
     explicit BusClient(const std::string& run_dir) : complaint_(std::make_shared<LastComplaint>()) {
-        auto log = kelp::log::Options::FromEnvironment();
-        // No thread runs yet. NOLINTNEXTLINE(concurrency-mt-unsafe)
-        if (std::getenv("KELP_LOG_LEVEL") == nullptr) {
-            log.level = kelp::log::Level::kOff;
-        }
-        LogProcess::Init(log);
+        QuietLog();
         kelp::log::AddSink(complaint_, kelp::log::Level::kWarn);
         KelpAppOptions options;
         options.runDir = run_dir;

@@ -1,50 +1,23 @@
 #include "kelpctl/json_text.h"
 
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <set>
 #include <string_view>
 #include <vector>
 
+#include "support/json_write.h"
 #include "support/numbers.h"
 #include "support/utf8.h"
 
 namespace kelpctl {
 namespace {
 
-std::string Quoted(std::string_view utf8) {
-    std::string text = "\"";
-    for (const char c : utf8) {
-        if (c == '"' || c == '\\') {
-            text += '\\';
-            text += c;
-        } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            std::array<char, 8> escape{};
-            std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(c));
-            text += escape.data();
-        } else {
-            text += c;
-        }
-    }
-    return text + '"';
-}
-
-std::string Hex(std::string_view octets) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    for (const char c : octets) {
-        const auto octet = static_cast<unsigned char>(c);
-        text += kDigits[octet >> 4];
-        text += kDigits[octet & 0x0f];
-    }
-    return text;
-}
+using app::JsonQuoted;
 
 std::string JsonOf(const std::string& text) {
     return app::InvalidUtf8At(text) == std::string_view::npos
-               ? Quoted(text)
-               : "{\"octets\":\"" + Hex(text) + "\"}";
+               ? JsonQuoted(text)
+               : "{\"octets\":\"" + app::HexText(text) + "\"}";
 }
 
 struct JsonCell {
@@ -71,13 +44,13 @@ class Keys {
             const bool usable = !name.empty() && name[0] != '#' &&
                                 app::InvalidUtf8At(name) == std::string_view::npos &&
                                 seen_.insert(name).second;
-            keys_.push_back(Quoted(usable ? name : Position(keys_.size())));
+            keys_.push_back(JsonQuoted(usable ? name : Position(keys_.size())));
         }
     }
 
     const std::string& operator[](std::size_t column) {
         while (column >= keys_.size()) {
-            keys_.push_back(Quoted(Position(keys_.size())));
+            keys_.push_back(JsonQuoted(Position(keys_.size())));
         }
         return keys_[column];
     }

@@ -1,4 +1,5 @@
-// kelpctl - calls commands of processes on the message bus. See docs/kelpctl.md.
+// kelpctl - calls commands of processes on the message bus, and converts what they
+// exchange. See docs/kelpctl.md.
 
 #include <exception>
 #include <iostream>
@@ -6,7 +7,9 @@
 #include "kelpctl/call.h"
 #include "kelpctl/commands.h"
 #include "kelpctl/list.h"
+#include "kelpctl/names/command.h"
 #include "kelpctl/options.h"
+#include "kelpctl/paraset/command.h"
 #include "kelpctl/status.h"
 
 namespace {
@@ -16,6 +19,12 @@ int Run(int argc, const char* const* argv) {
     const auto options = kelpctl::ParseOptions(argc, argv, status);
     if (!options) {
         return status;
+    }
+    if (options->action == kelpctl::Options::Action::kParaSet) {
+        return kelpctl::RunParaSet(options->paraset);
+    }
+    if (options->action == kelpctl::Options::Action::kNames) {
+        return kelpctl::RunNames(options->names);
     }
     std::vector<kelpctl::Process> processes;
     for (const std::string& file : options->commands_files) {

@@ -5,6 +5,8 @@
 #include <iostream>
 #include <limits>
 
+#include "kelpctl/names/options.h"
+#include "kelpctl/paraset/options.h"
 #include "kelpctl/status.h"
 
 namespace kelpctl {
@@ -25,6 +27,7 @@ Exit status:
   5        the process's platform answered instead of the command: it knows no such
            command, refused the request, or the command failed inside it
   6        the answer is no common response
+(kelpctl paraset has its own, see kelpctl paraset --help)
 )";
 
 void AddFiles(CLI::App& app, Options& options) {
@@ -75,7 +78,10 @@ std::string FirstLine(const std::string& text) {
 
 std::optional<Options> ParseOptions(int argc, const char* const* argv, int& status) {
     Options options;
-    CLI::App app("Calls commands of processes on the platform's message bus.", "kelpctl");
+    CLI::App app(
+        "Calls commands of processes on the platform's message bus, and converts what they "
+        "exchange.",
+        "kelpctl");
     app.footer(kFooter);
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string("kelpctl ") + KELPCTL_VERSION);
@@ -84,6 +90,8 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
     DescribeCall(*call, options);
     CLI::App* list = app.add_subcommand("list", "print what the commands files name");
     AddFiles(*list, options);
+    const ParaSetCommandLine paraset(app);
+    const NamesCommandLine names(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) {
@@ -93,6 +101,23 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int& stat
         std::cerr << "kelpctl: " << FirstLine(e.what()) << " (see kelpctl --help)\n";
         status = kUsage;
         return std::nullopt;
+    }
+    if (paraset.Parsed()) {
+        std::string why;
+        auto asked = paraset.Options(why);
+        if (!asked) {
+            std::cerr << "kelpctl: " << why << " (see kelpctl paraset --help)\n";
+            status = kUsage;
+            return std::nullopt;
+        }
+        options.action = Options::Action::kParaSet;
+        options.paraset = *std::move(asked);
+        return options;
+    }
+    if (names.Parsed()) {
+        options.action = Options::Action::kNames;
+        options.names = names.Options();
+        return options;
     }
     options.action = list->parsed() ? Options::Action::kList : Options::Action::kCall;
     // No thread runs yet. NOLINTNEXTLINE(concurrency-mt-unsafe)

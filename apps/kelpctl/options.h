@@ -10,12 +10,14 @@
 #include <vector>
 
 #include "kelpctl/arguments.h"
+#include "kelpctl/names/command.h"
+#include "kelpctl/paraset/command.h"
 #include "kelpctl/table_text.h"
 
 namespace kelpctl {
 
 struct Options {
-    enum class Action { kCall, kList } action = Action::kCall;
+    enum class Action { kCall, kList, kParaSet, kNames } action = Action::kCall;
     std::vector<std::string> commands_files;
     std::string target;
     std::string command;
@@ -27,6 +29,8 @@ struct Options {
     std::size_t most_rows = kAllRows;
     bool json = false;
     bool verbose = false;
+    ParaSetOptions paraset;  ///< for kParaSet
+    NameOptions names;  ///< for kNames
 };
 
 /// Reads the command line and KELPCTL_COMMANDS. Nothing when the program ends here: help

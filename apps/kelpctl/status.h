@@ -15,7 +15,8 @@ enum ExitStatus : int {
     kUnreachable = 3,  ///< the process is not running, ended meanwhile, or cannot be reached
     kTimedOut = 4,     ///< no answer within the time-out
     kRefused = 5,      ///< the platform of the process answered instead of the command
-    kUnreadable = 6,   ///< the answer is no common response
+    kUnreadable = 6,   ///< octets are not what was asked for, such as a common response
+    kNotWritten = 7,   ///< the output could not be written
 };
 
 /// "##retCode" values that are exit statuses as they stand. Below them are kelpctl's own,

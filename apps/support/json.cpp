@@ -11,12 +11,12 @@
 namespace app {
 namespace {
 
-Json::CharReaderBuilder StrictBuilder() {
+Json::CharReaderBuilder StrictBuilder(int depth) {
     Json::CharReaderBuilder builder;
     Json::CharReaderBuilder::strictMode(&builder.settings_);
     // A scalar is a value too: an argument may be written as one.
     builder["strictRoot"] = false;
-    builder["stackLimit"] = kJsonLimitDepth;
+    builder["stackLimit"] = depth;
     return builder;
 }
 
@@ -37,19 +37,23 @@ std::string OneLine(const std::string& text) {
     return line;
 }
 
-// A comment may stand wherever a blank may, and the reader skips it in every mode.
-bool HasComment(std::string_view text) {
+// What the reader lets pass in every mode: comments wherever a blank may stand, and control
+// characters inside texts. Empty when there is neither.
+std::string Looseness(std::string_view text) {
     bool quoted = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
+        if (quoted && static_cast<unsigned char>(text[i]) < 0x20) {
+            return "a control character inside a text at byte " + std::to_string(i);
+        }
         if (quoted && text[i] == '\\') {
             ++i;
         } else if (text[i] == '"') {
             quoted = !quoted;
         } else if (!quoted && text[i] == '/') {
-            return true;
+            return "a comment, or a '/' outside a text";
         }
     }
-    return false;
+    return {};
 }
 
 std::optional<Json::Value> Refuse(std::string* why, std::string reason) {
@@ -61,20 +65,21 @@ std::optional<Json::Value> Refuse(std::string* why, std::string reason) {
 
 }  // namespace
 
-std::optional<Json::Value> ParseJson(std::string_view text, std::string* why) {
-    if (text.size() > kJsonLimitBytes) {
-        return Refuse(why, "JSON longer than " + std::to_string(kJsonLimitBytes) + " bytes");
+std::optional<Json::Value> ParseJson(std::string_view text, std::string* why,
+                                     const JsonLimits& limits) {
+    if (text.size() > limits.bytes) {
+        return Refuse(why, "JSON longer than " + std::to_string(limits.bytes) + " bytes");
     }
     if (const std::size_t bad = InvalidUtf8At(text); bad != std::string_view::npos) {
         return Refuse(why, "malformed JSON: not UTF-8 at byte " + std::to_string(bad));
     }
-    if (HasComment(text)) {
-        return Refuse(why, "malformed JSON: a comment, or a '/' outside a text");
+    if (std::string loose = Looseness(text); !loose.empty()) {
+        return Refuse(why, "malformed JSON: " + loose);
     }
     Json::Value value;
     std::string complaint;
     try {
-        const std::unique_ptr<Json::CharReader> reader(StrictBuilder().newCharReader());
+        const std::unique_ptr<Json::CharReader> reader(StrictBuilder(limits.depth).newCharReader());
         if (reader->parse(text.data(), text.data() + text.size(), &value, &complaint)) {
             return value;
         }

@@ -6,8 +6,8 @@
 //     std::optional<std::string> name = app::JsonText(*value, "name");
 //
 // The parser is strict: one document and nothing behind it, no duplicate member names,
-// no comments, valid UTF-8, at most 64 levels. Reading a member never throws, whatever
-// stands there.
+// no comments, no control characters in texts, valid UTF-8, at most 64 levels unless told
+// otherwise. Reading a member never throws, whatever stands there.
 //
 // Thread rule: thread-safe.
 #pragma once
@@ -25,9 +25,16 @@ namespace app {
 inline constexpr std::size_t kJsonLimitBytes = std::size_t{1} << 20;
 inline constexpr int kJsonLimitDepth = 64;
 
-/// The value that `text` spells, scalars included; nothing when it is no such JSON or is
-/// longer than kJsonLimitBytes, with one line in `*why` saying what and where.
-std::optional<Json::Value> ParseJson(std::string_view text, std::string* why);
+/// What a document may have at most.
+struct JsonLimits {
+    std::size_t bytes = kJsonLimitBytes;
+    int depth = kJsonLimitDepth;
+};
+
+/// The value that `text` spells, scalars included; nothing when it is no such JSON or
+/// exceeds `limits`, with one line in `*why` saying what and where.
+std::optional<Json::Value> ParseJson(std::string_view text, std::string* why,
+                                     const JsonLimits& limits = {});
 
 /// The text of a number of a parsed document as it stood there: 1e3 and 1000 are the same
 /// number, but not the same text. `document` is what ParseJson read `number` from.

@@ -113,6 +113,10 @@ std::size_t DisplayWidth(std::string_view text) {
     return width;
 }
 
+bool ActsOnTerminal(char32_t code) {
+    return IsControl(code) || In(kTreacherous, code);
+}
+
 std::string ShowText(std::string_view text) {
     std::string shown;
     shown.reserve(text.size());
@@ -125,7 +129,7 @@ std::string ShowText(std::string_view text) {
         }
         if (c.code == '\\') {
             shown += "\\\\";
-        } else if (IsControl(c.code) || In(kTreacherous, c.code)) {
+        } else if (ActsOnTerminal(c.code)) {
             shown += Escape(c.code);
         } else {
             shown.append(text, 0, c.bytes);

@@ -27,6 +27,10 @@ std::size_t InvalidUtf8At(std::string_view text);
 /// character before it, 2 for the wide characters of East Asia and pictographs, else 1.
 std::size_t DisplayWidth(std::string_view text);
 
+/// Whether a terminal may act on the character instead of showing it: control characters,
+/// separators of lines, and what turns the direction of writing.
+bool ActsOnTerminal(char32_t code);
+
 /// `text` with nothing in it that a terminal acts on: control characters, bytes that are
 /// no UTF-8 and characters that turn the direction of writing become "\n", "\t", "\r" or
 /// "\x1b", "\u202e"; a backslash becomes two. The result is valid UTF-8 on one line.

@@ -35,6 +35,19 @@ enum CommandCode : std::uint32_t {
     /// is at least a second older; not a number while there is none.
     kReadInterfaces = 30012,
 
+    /// The inventory: what the two reading commands saw, kept in the database. One row an
+    /// element: texts element, sysName, sysLocation, seen (when it was read last, in UTC),
+    /// integer interfaces (how many are known).
+    kListElements = 30013,
+
+    /// The interfaces that the inventory knows of an element. Argument: element. One row
+    /// each, as kReadInterfaces but for the counters and rates.
+    kListInterfaces = 30014,
+
+    /// Removes an element and its interfaces from the inventory. Argument: element. Answer:
+    /// one row with the text element.
+    kForgetElement = 30015,
+
     /// The vendors whose registered prefix or name begins as given, in the order of the
     /// prefixes. Arguments, at most one of them: prefix, hexadecimal digits with or
     /// without ':', '-', '.' between them, or a whole hardware address; name, in any

@@ -19,11 +19,6 @@ std::string AddressOf(const std::string& element) {
     return *address;
 }
 
-// "127.0.0.1:161" of "udp:127.0.0.1:161".
-std::string Shown(const std::string& address) {
-    return address.substr(address.find(':') + 1);
-}
-
 Result ResultOf(snmp::Error::Kind kind) {
     switch (kind) {
         case snmp::Error::Kind::kNoAnswer:
@@ -53,8 +48,12 @@ snmp::Peer PeerOf(const Arguments& arguments, Access access) {
     return peer;
 }
 
+std::string NameOf(const snmp::Peer& peer) {
+    return peer.address.substr(peer.address.find(':') + 1);  // without the transport
+}
+
 CommandFailure FailureOf(const snmp::Error& error, const snmp::Peer& peer) {
-    return {ResultOf(error.kind()), Shown(peer.address) + ": " + error.what()};
+    return {ResultOf(error.kind()), NameOf(peer) + ": " + error.what()};
 }
 
 }  // namespace nemgr

@@ -16,6 +16,9 @@ enum class Access { kRead, kWrite };
 /// Throws CommandFailure (kBadArgument).
 snmp::Peer PeerOf(const Arguments& arguments, Access access);
 
+/// What the element is called in answers and in the inventory: "127.0.0.1:161".
+std::string NameOf(const snmp::Peer& peer);
+
 /// What is answered when talking to `peer` failed.
 CommandFailure FailureOf(const snmp::Error& error, const snmp::Peer& peer);
 

@@ -1,10 +1,10 @@
 // nemgr/find_vendors.cpp - the command kFindVendors: a large table, built column by column.
 
 #include <string>
-#include <vector>
 
 #include "nemgr/arguments.h"
 #include "nemgr/commands.h"
+#include "nemgr/inventory/vendors.h"
 #include "nemgr/results.h"
 #include "nemgr/serve.h"
 #include "nemgr/vendors/registry.h"
@@ -12,35 +12,30 @@
 namespace nemgr {
 namespace {
 
-using vendors::Vendor;
-
-std::vector<const Vendor*> Find(const vendors::Registry& registry, const Arguments& arguments) {
+void Find(const Arguments& arguments, FrameUtil::CFrmTableObject& found) {
     const std::string prefix = arguments.Text("prefix").value_or("");
     const std::string name = arguments.Text("name").value_or("");
     if (!prefix.empty() && !name.empty()) {
         throw CommandFailure(Result::kBadArgument, "both prefix and name are given");
     }
-    if (!name.empty()) {
-        return registry.FindName(name);
-    }
     const auto digits = vendors::PrefixDigits(prefix);
     if (!digits) {
         throw CommandFailure(Result::kBadArgument, "prefix: '" + prefix + "' is not hexadecimal");
     }
-    return registry.FindPrefix(*digits);
+    if (name.empty()) {
+        inventory::FindPrefix(*digits, found);
+    } else {
+        inventory::FindName(name, found);
+    }
+    if (found.GetRowCount() == 0) {
+        throw CommandFailure(Result::kUnknownVendor, "'" + prefix + name + "'");
+    }
 }
 
 void FindVendors(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     const Arguments arguments(request, {"prefix", "name"});
-    const vendors::Registry& registry = vendors::TheRegistry();
-    if (registry.empty()) {
-        throw CommandFailure(Result::kNoRegistry, registry.fault());
-    }
-    const std::vector<const Vendor*> found = Find(registry, arguments);
-    if (found.empty()) {
-        throw CommandFailure(Result::kUnknownVendor, "'" + arguments.Text("prefix").value_or("") +
-                                                         arguments.Text("name").value_or("") + "'");
-    }
+    FrameUtil::CFrmTableObject found;
+    Find(arguments, found);
     // Writing the columns saves the row that AddRow would copy: worth it for tens of
     // thousands of rows.
     FrameUtil::CParaSet& assignment = answer["assignment"];
@@ -48,12 +43,11 @@ void FindVendors(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     FrameUtil::CParaSet& organization = answer["organization"];
     FrameUtil::CParaSet& postal_address = answer["postalAddress"];
     int row = 0;
-    for (const Vendor* vendor : found) {
-        assignment[row] = vendor->assignment;
-        block[row] = vendor->block;
-        organization[row] = vendor->organization;
-        postal_address[row] = vendor->postal_address;
-        ++row;
+    for (TEValue cell; found() != nullptr; ++row) {
+        for (FrameUtil::CParaSet* column : {&block, &assignment, &organization, &postal_address}) {
+            found >> cell;
+            (*column)[row] = cell;
+        }
     }
     answer["##RowCount"] = row;
 }

@@ -8,10 +8,12 @@
 #include "kelp/log.h"
 #include "kelp/task.h"
 #include "nemgr/commands.h"
+#include "nemgr/inventory/database.h"
+#include "nemgr/inventory/vendors.h"
+#include "nemgr/results.h"
 #include "nemgr/serve.h"
 #include "nemgr/settings.h"
 #include "nemgr/snmp/library.h"
-#include "nemgr/vendors/registry.h"
 
 namespace {
 
@@ -43,7 +45,14 @@ int main(int argc, char** argv) {
     }
     // Libraries and data first: workers find them ready.
     const nemgr::snmp::Library snmp;
-    nemgr::vendors::LoadTheRegistry(nemgr::TheSettings().registry);
+    try {
+        nemgr::inventory::OpenTheDatabase(nemgr::TheSettings().database);
+        nemgr::inventory::LoadVendors(nemgr::TheSettings().registry);
+    } catch (const nemgr::CommandFailure& failure) {
+        std::cerr << "nemgr: " << nemgr::ResultText(failure.result()) << ": " << failure.item()
+                  << '\n';
+        return 1;
+    }
 
     // From here on other processes reach this one. If it fails the log says why.
     if (!KelpAppMgr::Initialize(AppOptions()) || !StartWorkers()) {
@@ -53,5 +62,6 @@ int main(int argc, char** argv) {
     std::cout << "nemgr: ready" << std::endl;
     KelpAppMgr::WaitForStopSignal();
     KelpAppMgr::Destroy();
+    nemgr::inventory::CloseTheDatabase();
     LogProcess::Destroy();
 }

@@ -6,6 +6,7 @@
 #include "nemgr/arguments.h"
 #include "nemgr/commands.h"
 #include "nemgr/element.h"
+#include "nemgr/inventory/elements.h"
 #include "nemgr/rates.h"
 #include "nemgr/serve.h"
 #include "nemgr/snmp/walk.h"
@@ -112,6 +113,7 @@ void ReadInterfaces(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
             FillRow(row, columns, index, counters, rates.at(index));
             answer.AddRow(row_number++, row);
         }
+        inventory::RememberInterfaces(NameOf(peer), answer);
     } catch (const snmp::Error& e) {
         throw FailureOf(e, peer);
     }

@@ -3,6 +3,7 @@
 #include "nemgr/arguments.h"
 #include "nemgr/commands.h"
 #include "nemgr/element.h"
+#include "nemgr/inventory/elements.h"
 #include "nemgr/serve.h"
 #include "nemgr/text.h"
 
@@ -30,6 +31,7 @@ void ReadSystem(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
         answer["sysName"] = text(4);
         answer["sysLocation"] = text(5);
         answer["##RowCount"] = 1;
+        inventory::RememberSystem(NameOf(peer), answer);
     } catch (const snmp::Error& e) {
         throw FailureOf(e, peer);
     }

@@ -17,6 +17,8 @@ constexpr Text kTexts[] = {
     {Result::kUnknownVendor, "no such vendor"},
     {Result::kNoRegistry, "the vendor registry is not available"},
     {Result::kInternalFault, "the command failed inside the server"},
+    {Result::kNoDatabase, "the database fails"},
+    {Result::kUnknownElement, "the inventory has no such element"},
 };
 
 }  // namespace

@@ -16,6 +16,8 @@ enum class Result : int {
     kUnknownVendor = 14,
     kNoRegistry = 15,
     kInternalFault = 16,
+    kNoDatabase = 17,
+    kUnknownElement = 18,
 };
 
 /// The text for people: "the element does not answer".

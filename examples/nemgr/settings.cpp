@@ -37,6 +37,9 @@ bool ParseSettings(int argc, const char* const* argv, int& status) {
                    "limit for all that one command asks of its element")
         ->check(CLI::Range(10, 600000));
     app.add_option("--registry", settings.registry, "directory with the IEEE registry");
+    app.add_option("--database", settings.database,
+                   "database of the installation's etc/kelp.json that keeps the inventory; "
+                   "without one it is kept in memory");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

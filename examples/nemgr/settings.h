@@ -17,6 +17,8 @@ struct Settings {
     int snmp_retries = 1;
     int element_timeout_ms = 20000;  ///< for all that one command asks of its element
     std::string registry = "/usr/share/ieee-data";
+    /// Of the installation's configuration; empty: one in memory, for as long as nemgr runs.
+    std::string database;
 };
 
 /// Immutable once the workers run.

@@ -5,4 +5,8 @@
 #include "frameutil/log.h"
 #include "frameutil/msg.h"
 #include "frameutil/paraset.h"
+#include "frameutil/platform.h"
+#include "frameutil/sql.h"
+#include "frameutil/strutil.h"
+#include "frameutil/table.h"
 #include "frameutil/version.h"

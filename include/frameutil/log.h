@@ -12,6 +12,7 @@
 // marker alone. No level is filtered here: the logger decides what is written.
 #pragma once
 
+#include "frameutil/error_manage.h"
 #include "frameutil/export.h"
 #include "kelp/log.h"
 

@@ -100,16 +100,19 @@ int TypeOf(CParaSet::ValueType type) {
 // How many children of a structure are looked up in one walk; the stack is short.
 constexpr std::size_t kGathered = 32;
 
-// The children that the description names, by the items' positions. Both sides are in the
-// order of the names, so that each step is mostly one comparison. A name that the structure
-// has not is entered without a child: callers rely on finding it there.
-void Gather(std::map<std::string, CParaSet*>& index, const Description& description,
+// The children that the description names, by the items' positions; null where there is
+// none. Both sides are in the order of the names, so that each step is mostly one comparison.
+void Gather(const std::map<std::string, CParaSet*>& index, const Description& description,
             std::array<CParaSet*, kGathered>& children) {
     auto entry = index.begin();
     for (const unsigned position : description.by_name) {
         const std::string& name = description.items[position].name;
+        children[position] = nullptr;
         if (entry == index.end() || !Same(entry->first, name)) {
-            entry = index.try_emplace(name, nullptr).first;
+            entry = index.lower_bound(name);
+            if (entry == index.end() || entry->first != name) {
+                continue;
+            }
         }
         children[position] = entry->second;
         ++entry;
@@ -232,18 +235,17 @@ unsigned char* Builder::Integer(const CParaSet& para, unsigned char* at, int tag
 
 unsigned char* Builder::String(const CParaSet& para, unsigned char* at, int tag) {
     const CParaSetImpl& impl = NodeAccess::Impl(para);
-    if (impl.m_iValType == CParaSet::PARA_STRING) {
-        const std::string_view text = impl.m_strValue.view();
-        at = Primitive(at, tag, text.size());
-        return at == nullptr ? nullptr : Copy(at, text);
-    }
-    // It has a size, but no octets to give.
-    const auto count = static_cast<std::size_t>(para.size());
+    const bool has_octets = impl.m_iValType == CParaSet::PARA_STRING;
+    const auto count = has_octets ? impl.m_strValue.size() : static_cast<std::size_t>(para.size());
     at = Primitive(at, tag, count);
     if (at == nullptr) {
         return nullptr;
     }
-    std::memset(at, 0, count);
+    if (has_octets) {
+        para.getBytes(at, count, 0);
+    } else {
+        std::memset(at, 0, count);  // it has a size, but no octets to give
+    }
     return at + count;
 }
 
@@ -306,10 +308,14 @@ unsigned char* Builder::Structure(CParaSet& para, unsigned char* at, int desc, i
         const DescItem& item = description.items[i];
         if (item.type == kNull) {
             at = Null(at);
-        } else if (CParaSet* child = at_once ? gathered[i] : NodeAccess::Index(para)[item.name]) {
+        } else if (CParaSet* child = at_once ? gathered[i] : NodeAccess::Child(para, item.name)) {
             at = Element(*child, at, item.type, item.desc, item.tag);
-        } else if (item.tag < 128 && (item.type == kEmptyList || item.type == kList)) {
-            at = EmptyStructure(at);
+        } else {
+            // Callers rely on finding the name that was looked for, without a child.
+            NodeAccess::Index(para).try_emplace(item.name, nullptr);
+            if (item.tag < 128 && (item.type == kEmptyList || item.type == kList)) {
+                at = EmptyStructure(at);
+            }
         }
         if (at == nullptr) {
             return m_fault.In(item.name);

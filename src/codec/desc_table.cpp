@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 #include "codec/types.h"
@@ -45,25 +46,40 @@ File OpenRegular(const std::string& path) {
     return nullptr;
 }
 
-// The next line without its newline; false at the end, or when reading fails.
-bool ReadLine(std::FILE* file, std::string& line) {
-    line.clear();
-    char piece[4096];
-    while (true) {
-        std::size_t count = 0;
-        int next = EOF;
-        while (count < sizeof piece && (next = getc_unlocked(file)) != EOF && next != '\n') {
-            piece[count++] = static_cast<char>(next);
+class LineReader {
+  public:
+    explicit LineReader(std::FILE* file) : m_file(file) {}
+
+    /// The next line without its newline; false at the end, or when reading fails.
+    bool Next(std::string& line) {
+        line.clear();
+        while (m_next != m_count || Refill()) {
+            const char* const from = m_piece + m_next;
+            const auto* const newline =
+                static_cast<const char*>(std::memchr(from, '\n', m_count - m_next));
+            if (newline != nullptr) {
+                line.append(from, newline);
+                m_next = static_cast<std::size_t>(newline - m_piece) + 1;
+                return true;
+            }
+            line.append(from, m_count - m_next);
+            m_next = m_count;
         }
-        line.append(piece, count);
-        if (next == '\n' || (next == EOF && !line.empty())) {
-            return true;
-        }
-        if (next == EOF) {
-            return false;
-        }
+        return !line.empty();
     }
-}
+
+  private:
+    bool Refill() {
+        m_next = 0;
+        m_count = std::fread(m_piece, 1, sizeof m_piece, m_file);
+        return m_count != 0;
+    }
+
+    std::FILE* const m_file;
+    char m_piece[4096];
+    std::size_t m_next = 0;
+    std::size_t m_count = 0;
+};
 
 // Makes the three separators one: a table exported from a database has "#$" between the
 // columns, one written by hand tabs.
@@ -101,8 +117,10 @@ void SortByName(Description& description) {
             description.by_name.push_back(i);
         }
     }
-    std::stable_sort(description.by_name.begin(), description.by_name.end(),
-                     [&](unsigned a, unsigned b) { return items[a].name < items[b].name; });
+    std::sort(description.by_name.begin(), description.by_name.end(), [&](unsigned a, unsigned b) {
+        const int order = items[a].name.compare(items[b].name);
+        return order != 0 ? order < 0 : a < b;
+    });
 }
 
 }  // namespace
@@ -131,6 +149,9 @@ bool DescTable::TakeLine(std::string& line, int& fields) {
 }
 
 void DescTable::Load(const std::string& file, DescReport* report) {
+    if (report != nullptr) {
+        *report = DescReport();  // of this file, whatever it was used for before
+    }
     const File input = OpenRegular(file);
     if (input == nullptr && report != nullptr) {
         report->error = errno;
@@ -138,7 +159,8 @@ void DescTable::Load(const std::string& file, DescReport* report) {
     int accepted = 0;
     int number = 0;
     std::string line;
-    while (input != nullptr && ReadLine(input.get(), line)) {
+    LineReader lines(input.get());
+    while (input != nullptr && lines.Next(line)) {
         if (++number == 1 && line.starts_with("\xEF\xBB\xBF")) {
             line.erase(0, 3);
         }

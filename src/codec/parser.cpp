@@ -43,13 +43,21 @@ void CopyOctets(char* to, std::span<const unsigned char> from) {
 
 const unsigned char* Parser::Element(CParaSet& para, const unsigned char* at,
                                      const unsigned char* end, int type, int desc, int tag) {
-    // The structure around a list that is all it has was never there for readers.
-    if (desc == kNoDesc && tag == kTypesOwn) {
-        if (const DescItem* list = m_table.SoleList(type)) {
-            type = list->type;
-            desc = list->desc;
-            tag = list->tag;
+    // The structure around a list that is all it has was never there for readers. The list
+    // is looked up in its turn: 257 may be a key as well.
+    const DescItem* former = nullptr;
+    while (desc == kNoDesc && tag == kTypesOwn) {
+        const DescItem* const list = m_table.SoleList(type);
+        if (list == nullptr) {
+            break;
         }
+        if (list == former) {
+            return m_fault.At(at, "the description refers to itself");
+        }
+        former = list;
+        type = list->type;
+        desc = list->desc;
+        tag = list->tag;
     }
     Header header;
     if (!ReadHeader(at, end, header)) {
@@ -154,7 +162,7 @@ bool Parser::ReadHeader(const unsigned char* at, const unsigned char* end, Heade
             m_fault.At(start, "the input ends inside an element's header");
             return false;
         }
-        unsigned char octets[4];
+        unsigned char octets[4] = {};
         const int error = memcpy_s(octets, sizeof octets, at, count);
         if (error != 0) {
             Trace("memcpy_s failed at line %d errno: %d", 540, error);

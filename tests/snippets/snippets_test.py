@@ -3,7 +3,7 @@
 A document marks a code block that follows with
     <!-- snippet: tests/snippets/first_program.cpp#first-program -->
 which stands in that file between the lines "// [first-program]" and
-"// [/first-program]", and a block of output with
+"// [/first-program]", there perhaps indented, and a block of output with
     <!-- output: first_program -->
 """
 
@@ -12,6 +12,7 @@ import pathlib
 import re
 import subprocess
 import tempfile
+import textwrap
 import unittest
 
 ROOT = pathlib.Path(os.environ["ROOT"])
@@ -23,7 +24,9 @@ OUTPUT = re.compile(r"<!-- output: (?P<program>\S+) -->" + BLOCK, re.S | re.M)
 
 def region_of(file, name):
     text = (ROOT / file).read_text(encoding="utf-8")
-    return text.split(f"// [{name}]\n")[1].split(f"// [/{name}]\n")[0]
+    region = text.split(f"// [{name}]\n")[1].split(f"// [/{name}]\n")[0]
+    # Up to the line of the end mark, which may be indented as the region is.
+    return textwrap.dedent(region[:region.rindex("\n") + 1])
 
 
 class SnippetsTest(unittest.TestCase):

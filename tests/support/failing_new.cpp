@@ -9,13 +9,14 @@ namespace {
 std::atomic<long> live{0};
 // Of the thread that made the FailNthAllocation; 0 when there is none.
 thread_local long until_failure = 0;
+thread_local long failures = 0;  // how many are due from then on
 thread_local bool fired = false;
 thread_local bool armed = false;
 
 void* Allocate(std::size_t size) noexcept {
     if (armed) {
-        if (size >= FailNthAllocation::kHugeOctets ||
-            (until_failure != 0 && --until_failure == 0)) {
+        const bool due = until_failure > 1 ? (--until_failure, false) : failures-- > 0;
+        if (size >= FailNthAllocation::kHugeOctets || due) {
             fired = true;
             return nullptr;
         }
@@ -48,8 +49,9 @@ long LiveAllocations() {
     return live;
 }
 
-FailNthAllocation::FailNthAllocation(long n) {
+FailNthAllocation::FailNthAllocation(long n, long count) {
     until_failure = n;
+    failures = n == 0 ? 0 : count;
     fired = false;
     armed = true;
 }

@@ -22,11 +22,12 @@
 /// How many allocations have not been freed yet.
 long LiveAllocations();
 
-/// While it exists the n-th allocation (1 is the next), and any of `huge_octets` or
-/// more, throws std::bad_alloc.
+/// While it exists the n-th allocation (1 is the next) and those right behind it, `count` in
+/// all, and any of `kHugeOctets` or more, throw std::bad_alloc, or return null where the
+/// caller asks for that.
 class FailNthAllocation {
   public:
-    explicit FailNthAllocation(long n);
+    explicit FailNthAllocation(long n, long count = 1);
     ~FailNthAllocation();
     FailNthAllocation(const FailNthAllocation&) = delete;
     FailNthAllocation& operator=(const FailNthAllocation&) = delete;

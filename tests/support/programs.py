@@ -82,6 +82,12 @@ class Kelpctl:
             [self.program, *arguments], env=self.env, stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
+    def start_on(self, output, *arguments):
+        """The same, with `output`, a file or a descriptor, as standard output."""
+        return subprocess.Popen(
+            [self.program, *arguments], env=self.env, stdin=subprocess.DEVNULL,
+            stdout=output, stderr=subprocess.DEVNULL)
+
     def run(self, *arguments, stdin=None, env=None, limit=None):
         """Returns (exit status, standard output, standard error); the texts are bytes.
         `limit` is called in the new process before it becomes kelpctl."""

@@ -53,17 +53,25 @@ def edge_faults(modules):
 
 
 def include_faults(source, modules):
-    """Private headers, "log/sinks.h", belong to modules of their folder."""
-    folders = {}
+    """Private headers, "log/sinks.h", belong to modules of their folder. What stands in base
+    has nothing in common but that others share it: there a header belongs to the module with
+    the source of its name, and one without a source, "base/singleton.h", to nobody."""
+    folders, base = {}, {}
     for module in modules.values():
-        folders.setdefault((module.layer, module.folder.name), set()).add(module.target)
+        if module.folder.name == "base":
+            for name in module.sources:
+                header = f"base/{pathlib.PurePath(name).stem}.h"
+                base.setdefault((module.layer, header), set()).add(module.target)
+        else:
+            folders.setdefault((module.layer, module.folder.name), set()).add(module.target)
     for module in modules.values():
         allowed = {module.target} | reachable(modules, module.target)
         for name in module.sources:
             path = source / module.folder / name
             for included in re.findall(r'^#include "([^"]+)"', path.read_text(), re.M):
                 head = included.split("/")[0]
-                owners = folders.get((module.layer, head))
+                owners = (base.get((module.layer, included)) if head == "base"
+                          else folders.get((module.layer, head)))
                 if head == "frameutil" and module.layer == "kelp":
                     yield f"{path}: includes {included} of the layer above"
                 elif head not in ("frameutil", "kelp") and owners and not owners & allowed:

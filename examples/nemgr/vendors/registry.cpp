@@ -1,6 +1,7 @@
 #include "nemgr/vendors/registry.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -21,15 +22,6 @@ char Upper(char c) {
 
 bool IsHexDigit(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
-}
-
-bool StartsWith(const std::string& text, const std::string& prefix) {
-    return text.compare(0, prefix.size(), prefix) == 0;
-}
-
-Registry& Mutable() {
-    static Registry registry;
-    return registry;
 }
 
 }  // namespace
@@ -61,29 +53,6 @@ void Registry::Add(const std::string& text) {
                      [](const Vendor& a, const Vendor& b) { return a.assignment < b.assignment; });
 }
 
-std::vector<const Vendor*> Registry::FindPrefix(const std::string& digits) const {
-    std::vector<const Vendor*> found;
-    for (const Vendor& vendor : vendors_) {
-        if (StartsWith(vendor.assignment, digits) || StartsWith(digits, vendor.assignment)) {
-            found.push_back(&vendor);
-        }
-    }
-    return found;
-}
-
-std::vector<const Vendor*> Registry::FindName(const std::string& name) const {
-    std::vector<const Vendor*> found;
-    for (const Vendor& vendor : vendors_) {
-        const std::string& whole = vendor.organization;
-        if (whole.size() >= name.size() &&
-            std::equal(name.begin(), name.end(), whole.begin(),
-                       [](char a, char b) { return Upper(a) == Upper(b); })) {
-            found.push_back(&vendor);
-        }
-    }
-    return found;
-}
-
 std::optional<std::string> PrefixDigits(const std::string& text) {
     std::string digits;
     for (const char c : text) {
@@ -98,12 +67,18 @@ std::optional<std::string> PrefixDigits(const std::string& text) {
     return digits;
 }
 
-const Registry& TheRegistry() {
-    return Mutable();
-}
-
-void LoadTheRegistry(const std::string& directory) {
-    Mutable().Load(directory);
+std::string Fingerprint(const std::string& directory) {
+    std::ostringstream text;
+    for (const char* name : kFiles) {
+        const std::filesystem::path path = std::filesystem::path(directory) / name;
+        std::error_code missing;
+        const auto size = std::filesystem::file_size(path, missing);
+        const auto time = std::filesystem::last_write_time(path, missing);
+        if (!missing) {
+            text << path.string() << ' ' << size << ' ' << time.time_since_epoch().count() << '\n';
+        }
+    }
+    return text.str();
 }
 
 }  // namespace nemgr::vendors

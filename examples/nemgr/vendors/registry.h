@@ -33,12 +33,8 @@ class Registry {
     std::size_t size() const { return vendors_.size(); }
     const std::string& fault() const { return fault_; }
 
-    /// Those whose assignment begins with `digits` (see PrefixDigits), or that own the
-    /// longer prefix or whole address `digits`; in the order of their assignments.
-    std::vector<const Vendor*> FindPrefix(const std::string& digits) const;
-
-    /// Those whose organization begins with `name`, the case of ASCII letters aside.
-    std::vector<const Vendor*> FindName(const std::string& name) const;
+    /// In the order of their assignments.
+    const std::vector<Vendor>& vendors() const { return vendors_; }
 
   private:
     std::vector<Vendor> vendors_;
@@ -49,9 +45,8 @@ class Registry {
 /// them; nothing when anything else is in it or there are more than 12.
 std::optional<std::string> PrefixDigits(const std::string& text);
 
-/// The process's registry; empty until it is loaded.
-const Registry& TheRegistry();
-/// To be called before there are threads.
-void LoadTheRegistry(const std::string& directory);
+/// Which files there are in `directory`, how large and how old; equal as long as nobody has
+/// changed them. Empty when there are none.
+std::string Fingerprint(const std::string& directory);
 
 }  // namespace nemgr::vendors

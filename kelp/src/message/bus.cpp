@@ -419,13 +419,17 @@ void Bus::OnTimer(long) noexcept {
     }
 }
 
-void Bus::StopAccepting() {
-    timers_.CancelAll(this);
+void Bus::Withdraw() {
     MutexLock lock(accept_mutex_);
     if (listening_.fd() >= 0) {
         poller_.Remove(listening_.fd());
     }
     listening_.Close();
+}
+
+void Bus::StopAccepting() {
+    timers_.CancelAll(this);
+    Withdraw();
 }
 
 void Bus::Stop(std::int64_t flush_ns) {

@@ -68,7 +68,10 @@ class Bus final : public PollHandler, private ConnectionOwner, private TimerTarg
     /// Takes the message. 0, or why not; the log has said it. Throws std::bad_alloc.
     std::uint32_t Send(MsgPtr msg);
 
-    /// Closes and removes the listening socket.
+    /// Closes and removes the listening socket; what is connected stays.
+    void Withdraw();
+
+    /// The same when the end comes: connections are not supervised any more.
     void StopAccepting();
 
     /// Sends what is queued, up to `flush_ns`, then ends the connections and the thread.

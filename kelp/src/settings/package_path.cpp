@@ -9,7 +9,7 @@ namespace ns_kelpsdk_wrap {
 std::string GetPackageRelativePath(const std::string& root, const std::string& relative) {
     std::string path = root;
     if (path.empty()) {
-        const char* const installation = std::getenv("OSS_ROOT");
+        const char* const installation = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
         if (installation == nullptr || *installation == '\0') {
             LogProcess::Warn("[settings] OSS_ROOT is not set: there is no package " + relative,
                              LocationInfo("settings", "GetPackageRelativePath", 0));

@@ -32,6 +32,8 @@ class Core final : public message::MessageSink, public std::enable_shared_from_t
 
     /// False, with `why`, when the process cannot be had on the bus.
     bool Start(std::string& why) { return bus_.Start(why); }
+    /// See KELPsac::KELPInstance::cleanup().
+    void Withdraw() { bus_.Withdraw(); }
     /// See KelpAppMgr::Destroy().
     void Stop();
 

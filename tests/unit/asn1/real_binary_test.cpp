@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <random>
+#include <vector>
 
 #include "support/asn1_coding.h"
 
@@ -298,6 +299,26 @@ TEST(AsnReal, PrintsClearsAndCopies) {
     EXPECT_THAT(value, IsDouble(0.0));
     value.CopyFrom(*clone);
     EXPECT_THAT(value, IsDouble(2.5));
+}
+
+// The contents alone, for writers that have a header of their own: what an encoding has
+// behind its header, and never more than kMaxOctets.
+TEST(AsnReal, ContentsAreThoseOfTheEncoding) {
+    std::mt19937_64 random(5);
+    std::vector<double> values{0.0,         -0.0,      1.0,
+                               -0.1,        kInfinity, -kInfinity,
+                               kNotANumber, 0x1p-1074, -0x1.fffffffffffffp1023};
+    for (int i = 0; i < 2000; ++i) {
+        values.push_back(std::bit_cast<double>(random()));
+    }
+    for (const double value : values) {
+        unsigned char contents[AsnReal::kMaxOctets];
+        const std::size_t count = AsnReal(value).Contents(contents);
+        ASSERT_LE(count, sizeof contents) << value;
+        EXPECT_EQ(Element(9, {reinterpret_cast<const char*>(contents), count}),
+                  Encoded(AsnReal(value)))
+            << value;
+    }
 }
 
 }  // namespace

@@ -43,9 +43,13 @@ class StalledLog : public testing::Test {
 
     std::uint64_t Dropped() const { return kelp::log::Dropped() - m_dropped_before; }
 
-    // Ends the log while somebody reads it. Result: its lines.
-    std::vector<std::string> Drain() {
-        std::thread ender([] {
+    // Ends the log while somebody reads it, once `writers` have logged what they had to.
+    // Result: its lines.
+    std::vector<std::string> Drain(std::vector<std::thread> writers = {}) {
+        std::thread ender([&] {
+            for (std::thread& writer : writers) {
+                writer.join();
+            }
             LogProcess::Error(1, "the end", kNowhere);
             LogProcess::Destroy();
         });
@@ -140,10 +144,7 @@ TEST_F(StalledLog, ErrorsAreNeverDropped) {
     while (Dropped() < before + 100) {
         LogProcess::Info("record " + std::to_string(count++), kNowhere);
     }
-    const auto lines = Drain();
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    const auto lines = Drain(std::move(threads));
     const Seen seen(lines);
     EXPECT_EQ(seen.dropped, Dropped());
     EXPECT_EQ(seen.numbers.size() + seen.dropped, static_cast<std::size_t>(count));

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -86,6 +90,52 @@ TEST(BlockText, ALiteralIsReferredTo) {
     copy.clear();
     ExpectOctets(copy, "");
     ExpectOctets(text, "root");
+}
+
+// Overwrite() makes room for octets that the caller writes.
+TEST(BlockText, IsOverwrittenFromEverySizeToEverySize) {
+    const std::size_t sizes[] = {0, 1, 7, 8, 9, 15, 16, 503, 504, 511, 512, 513, 5000};
+    for (const std::size_t from : sizes) {
+        for (const std::size_t to : sizes) {
+            SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(to));
+            BlockText text(std::string(from, 'x'));
+            char* const octets = text.Overwrite(to);
+            EXPECT_EQ(octets, text.data());
+            std::memset(octets, 'y', to);
+            ExpectOctets(text, std::string(to, 'y'));
+            text.assign("later");
+            ExpectOctets(text, "later");
+        }
+    }
+}
+
+TEST(BlockText, OverwritingLeavesCopiesAndLiteralsAlone) {
+    static constexpr char kLiteral[] = "root";
+    BlockText text = BlockText::Literal(kLiteral);
+    std::memcpy(text.Overwrite(4), "abcd", 4);
+    ExpectOctets(text, "abcd");
+    EXPECT_STREQ(kLiteral, "root");
+    BlockText none = BlockText::Literal(kLiteral);
+    none.Overwrite(0);
+    ExpectOctets(none, "");
+    const BlockText copy(text);
+    std::memcpy(text.Overwrite(2), "xy", 2);
+    ExpectOctets(text, "xy");
+    ExpectOctets(copy, "abcd");
+}
+
+// A text that is too long is refused before there is memory for it; the old one is gone.
+TEST(BlockText, OverwritingWithTooMuchLeavesNothing) {
+    for (const std::size_t size : {std::size_t{std::numeric_limits<std::uint32_t>::max()} - 15,
+                                   std::size_t{1} << 32, std::numeric_limits<std::size_t>::max()}) {
+        BlockText text("former");
+        EXPECT_THROW(text.Overwrite(size), std::length_error);
+        ExpectOctets(text, "");
+        std::memcpy(text.Overwrite(3), "new", 3);
+        ExpectOctets(text, "new");
+        EXPECT_THROW(text.assign({"x", size}), std::length_error);
+        ExpectOctets(text, "new");
+    }
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "nemgr/results.h"
-
 namespace {
 
 TEST(HexText, KeepsEveryOctet) {
@@ -29,14 +27,6 @@ TEST(DisplayText, IsTheTextOrItsOctets) {
     for (const auto& c : cases) {
         EXPECT_EQ(nemgr::DisplayText(c.octets), c.text) << c.name;
     }
-}
-
-TEST(ResultText, EveryResultHasOne) {
-    for (int code = 10; code <= 16; ++code) {
-        EXPECT_STRNE(nemgr::ResultText(static_cast<nemgr::Result>(code)), "unknown result") << code;
-    }
-    EXPECT_STREQ(nemgr::ResultText(nemgr::Result::kSuccess), "success");
-    EXPECT_STREQ(nemgr::ResultText(static_cast<nemgr::Result>(17)), "unknown result");
 }
 
 }  // namespace
