@@ -55,7 +55,8 @@ class FRAMEUTIL_API StrUIDFactory {
     /// So are empty values, and values with bytes outside of 0x20..0x7E.
     ///
     /// A value above 255 characters, or above with one more counted for each ',', '=' and
-    /// backslash in it, is appended as it stands, deliberately: no parser has room for it.
+    /// backslash in it, is appended as it stands, deliberately. With a ',' or '=' in it, it
+    /// does not read back as it was, if at all: keep values with many of them short.
     StrUIDFactory& Append(const char* key, const char* value);
     /// The same with a decimal number.
     StrUIDFactory& Append(const char* key, long value);

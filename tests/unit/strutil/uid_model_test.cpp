@@ -182,5 +182,22 @@ TEST(UidModel, WhatIsBuiltIsReadBack) {
     EXPECT_GT(whole, 10'000);
 }
 
+// A value that is too long with its escapes is written without them, and lost.
+TEST(UidModel, ManyEscapesDoNotComeBack) {
+    for (const std::size_t count : {127UL, 128UL}) {
+        StrUIDFactory factory;
+        const std::string value(count, ',');
+        factory.Append("k", value.c_str());
+        StrUIDParser parser;
+        EXPECT_EQ(parser.Parse(factory.GetStr().c_str()), count == 127);
+        std::string escaped;
+        for (std::size_t i = 0; i < count; ++i) {
+            escaped += "\\c";
+        }
+        // The parser would have had room for either.
+        EXPECT_TRUE(parser.Parse(("k=" + escaped).c_str()));
+    }
+}
+
 }  // namespace
 }  // namespace FrameUtil
