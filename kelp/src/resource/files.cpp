@@ -52,7 +52,9 @@ std::vector<std::string> Translations(const std::string& path, std::string_view 
     for (std::size_t end = 0; end < language.size();) {
         end = std::min(language.find('_', end + 1), language.size());
         std::string file = path;
-        file.insert(extension, "_" + std::string(language.substr(0, end)));
+        std::string suffix(1, '_');
+        suffix += language.substr(0, end);
+        file.insert(extension, suffix);
         files.push_back(std::move(file));
     }
     return files;
