@@ -30,7 +30,7 @@ struct Options {
     bool json = false;
     bool verbose = false;
     ParaSetOptions paraset;  ///< for kParaSet
-    NameOptions names;  ///< for kNames
+    NameOptions names;       ///< for kNames
 };
 
 /// Reads the command line and KELPCTL_COMMANDS. Nothing when the program ends here: help
