@@ -2,6 +2,7 @@
 
 #include <json/reader.h>
 
+#include <charconv>
 #include <cstring>
 #include <exception>
 #include <memory>
@@ -38,6 +39,38 @@ std::size_t CharacterOctets(std::string_view text) {
     return octets;
 }
 
+// The code unit that an escape "\uXXXX" at the beginning of `text` stands for; else 0.
+unsigned EscapedUnit(std::string_view text) {
+    unsigned unit = 0;
+    if (text.size() < 6 || text[0] != '\\' || text[1] != 'u') {
+        return 0;
+    }
+    const char* const end = text.data() + 6;
+    return std::from_chars(text.data() + 2, end, unit, 16).ptr == end ? unit : 0;
+}
+
+bool IsHighHalf(unsigned unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+bool IsLowHalf(unsigned unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+// How many octets the escape takes that `text` begins with, both halves of a character
+// together; 0: half a character, which the parser would let through as no UTF-8.
+std::size_t EscapeOctets(std::string_view text) {
+    constexpr std::size_t kUnit = 6;
+    const unsigned unit = EscapedUnit(text);
+    if (IsLowHalf(unit)) {
+        return 0;
+    }
+    if (IsHighHalf(unit)) {
+        return IsLowHalf(EscapedUnit(text.substr(kUnit))) ? 2 * kUnit : 0;
+    }
+    return 2;
+}
+
 // What must not even be given to the parser, or null.
 const char* FaultOf(std::string_view text) {
     if (text.size() > kJsonMostOctets) {
@@ -48,7 +81,11 @@ const char* FaultOf(std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
         const char c = text[at];
         if (quoted && c == '\\') {
-            at += 2;
+            const std::size_t octets = EscapeOctets(text.substr(at));
+            if (octets == 0) {
+                return "half a character escaped";
+            }
+            at += octets;
             continue;
         }
         if (c == '"') {
