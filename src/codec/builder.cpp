@@ -353,10 +353,17 @@ unsigned char* Builder::List(CParaSet& para, unsigned char* at, int desc, int ta
     }
     if (desc == kNamedValue) {
         for (const auto& [name, child] : NodeAccess::Index(para)) {
-            if (child == nullptr) {
+            // As Element() does for this type, of which all of them are.
+            if (child == nullptr || NodeAccess::Impl(*child).m_iValType == CParaSet::PARA_NULL) {
                 continue;
             }
-            at = Element(*child, at, kNamedValue, kNoDesc, kTypesOwn);
+            if (m_depth == kMaxDepth) {
+                m_fault.At(at, kTooDeep);
+                return m_fault.In(name);
+            }
+            ++m_depth;
+            at = NamedValue(*child, at, kStructure);
+            --m_depth;
             if (at == nullptr) {
                 return m_fault.In(name);
             }
@@ -392,7 +399,16 @@ unsigned char* Builder::NamedValue(CParaSet& para, unsigned char* at, int tag) {
     if (m_form.integers_as_text && para.getType() == kInteger) {
         para = std::to_string(para.asInt());
     }
-    at = Element(para, at, kOfValue, kNoDesc, kTypesOwn);
+    switch (NodeAccess::Impl(para).m_iValType) {
+        case CParaSet::PARA_INT:
+            at = Integer(para, at, kInteger);
+            break;
+        case CParaSet::PARA_STRING:
+            at = String(para, at, kString);
+            break;
+        default:
+            at = Element(para, at, kOfValue, kNoDesc, kTypesOwn);
+    }
     return at == nullptr ? nullptr : FillReserved(header, at, tag);
 }
 
