@@ -158,6 +158,17 @@ unsigned char* WriteLength(unsigned char* at, std::size_t length) {
 
 }  // namespace
 
+template <class Write>
+unsigned char* Builder::Deeper(unsigned char* at, Write write) {
+    if (m_depth == kMaxDepth) {
+        return m_fault.At(at, kTooDeep);
+    }
+    ++m_depth;
+    unsigned char* const next = write();
+    --m_depth;
+    return next;
+}
+
 unsigned char* Builder::Element(CParaSet& para, unsigned char* at, int type, int desc, int tag) {
     const CParaSet::ValueType value_type = NodeAccess::Impl(para).m_iValType;
     if (value_type == CParaSet::PARA_NULL) {
@@ -179,32 +190,17 @@ unsigned char* Builder::Element(CParaSet& para, unsigned char* at, int type, int
             return String(para, at, tag);
         case kReal:
             return Real(para, at, tag);
-        default:
-            break;
-    }
-    if (m_depth == kMaxDepth) {
-        return m_fault.At(at, kTooDeep);
-    }
-    ++m_depth;
-    unsigned char* next = nullptr;
-    switch (type) {
         case kStructure:
-            next = Structure(para, at, desc, tag);
-            break;
+            return Deeper(at, [&] { return Structure(para, at, desc, tag); });
         case kWrapper:
-            next = Wrapper(para, at, tag);
-            break;
+            return Deeper(at, [&] { return Wrapper(para, at, tag); });
         case kList:
-            next = List(para, at, desc, tag);
-            break;
+            return Deeper(at, [&] { return List(para, at, desc, tag); });
         case kNamedValue:
-            next = NamedValue(para, at, tag);
-            break;
+            return Deeper(at, [&] { return NamedValue(para, at, tag); });
         default:
-            next = m_fault.At(at, kNoSuchType);
+            return m_fault.At(at, kNoSuchType);
     }
-    --m_depth;
-    return next;
 }
 
 // ---- scalars
@@ -357,13 +353,7 @@ unsigned char* Builder::List(CParaSet& para, unsigned char* at, int desc, int ta
             if (child == nullptr || NodeAccess::Impl(*child).m_iValType == CParaSet::PARA_NULL) {
                 continue;
             }
-            if (m_depth == kMaxDepth) {
-                m_fault.At(at, kTooDeep);
-                return m_fault.In(name);
-            }
-            ++m_depth;
-            at = NamedValue(*child, at, kStructure);
-            --m_depth;
+            at = Deeper(at, [&, value = child] { return NamedValue(*value, at, kStructure); });
             if (at == nullptr) {
                 return m_fault.In(name);
             }

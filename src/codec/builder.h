@@ -37,6 +37,10 @@ class Builder {
     unsigned char* Null(unsigned char* at);
     unsigned char* EmptyStructure(unsigned char* at);
 
+    // What `write` returns, one level further down; null where there is none left.
+    template <class Write>
+    unsigned char* Deeper(unsigned char* at, Write write);
+
     unsigned char* Structure(CParaSet& para, unsigned char* at, int desc, int tag);
     unsigned char* Wrapper(CParaSet& para, unsigned char* at, int tag);
     unsigned char* List(CParaSet& para, unsigned char* at, int desc, int tag);

@@ -73,7 +73,6 @@ const unsigned char* Parser::Element(CParaSet& para, const unsigned char* at,
         desc = type;
         type = kStructure;
     }
-    bool wrapped = header.tag >= kFirstExplicit;
     if (tag == kTypesOwn) {
         if (type != kWrapper) {
             const int expected = type == kList || type == kNamedValue ? kStructure : type;
@@ -84,30 +83,21 @@ const unsigned char* Parser::Element(CParaSet& para, const unsigned char* at,
     } else if (header.tag != (tag & 0xFF)) {
         return at;
     }
-    wrapped = wrapped && type != kStructure && type != kList && type != kNamedValue;
-    switch (type) {
-        case kInteger:
-            if (!wrapped) {
+    const bool wrapped =
+        header.tag >= kFirstExplicit && type != kStructure && type != kList && type != kNamedValue;
+    if (!wrapped) {
+        switch (type) {
+            case kInteger:
                 return Integer(para, header);
-            }
-            break;
-        case kString:
-            if (!wrapped) {
+            case kString:
                 return String(para, header);
-            }
-            break;
-        case kNull:
-            if (!wrapped) {
+            case kNull:
                 return Null(header);
-            }
-            break;
-        case kReal:
-            if (!wrapped) {
+            case kReal:
                 return Real(para, header);
-            }
-            break;
-        default:
-            break;
+            default:
+                break;
+        }
     }
     if (m_depth == kMaxDepth) {
         return m_fault.At(at, "more than 128 elements are inside one another");
