@@ -9,10 +9,10 @@
 #include <json/value.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <utility>
 
 #include "base/mutex.h"
+#include "settings/installation_root.h"
 #include "settings/secret_json.h"
 
 namespace kelp::settings {
@@ -30,19 +30,6 @@ std::vector<std::uint64_t> IdentityOf(const struct stat& file) {
             static_cast<std::uint64_t>(file.st_ctim.tv_nsec)};
 }
 
-std::string RootNow() {
-    const char* const root = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
-    std::string path = root == nullptr ? "" : root;
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    return path;
-}
-
-std::string PathIn(const std::string& root) {
-    return root + "/etc/kelp.json";
-}
-
 struct Latest {
     Mutex mutex;
     std::shared_ptr<const Configuration> value KELP_GUARDED_BY(mutex);
@@ -58,9 +45,9 @@ Latest& TheLatest() {
 
 std::shared_ptr<const Configuration> Configuration::Current() {
     Latest& latest = TheLatest();
-    std::string root = RootNow();
+    std::string root = InstallationRoot();
     struct stat file {};
-    const bool there = !root.empty() && ::stat(PathIn(root).c_str(), &file) == 0;
+    const bool there = !root.empty() && ::stat(ConfigurationPathIn(root).c_str(), &file) == 0;
     {
         MutexLock lock(latest.mutex);
         if (there && latest.value != nullptr && latest.value->root_ == root &&
@@ -83,7 +70,7 @@ void Configuration::Read() {
         return;
     }
     SecretJson file;
-    const bool sound = file.Read(PathIn(root_), why_);
+    const bool sound = file.Read(ConfigurationPathIn(root_), why_);
     if (file.File().st_ino != 0) {
         identity_ = IdentityOf(file.File());
     }

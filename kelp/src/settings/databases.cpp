@@ -2,13 +2,13 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <new>
 #include <string_view>
 
 #include "kelp/log.h"
 #include "kelp/secure.h"
 #include "kelp/settings.h"
+#include "settings/installation_root.h"
 #include "settings/secret_json.h"
 
 namespace kelp::settings {
@@ -66,16 +66,8 @@ bool IsCredential(std::string_view key) {
 }  // namespace
 
 std::string ConfigurationPath() {
-    // Nobody changes the environment once threads run: see kelp/settings.h.
-    const char* const root = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
-    if (root == nullptr || *root == '\0') {
-        return {};
-    }
-    std::string path(root);
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    return path + "/etc/kelp.json";
+    const std::string root = InstallationRoot();
+    return root.empty() ? root : ConfigurationPathIn(root);
 }
 
 void WipeValues(DatabaseInfo& info) noexcept {

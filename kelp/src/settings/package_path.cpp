@@ -1,21 +1,20 @@
-#include <cstdlib>
 #include <string>
 
 #include "kelp/log.h"
 #include "kelp/settings.h"
+#include "settings/installation_root.h"
 
 namespace ns_kelpsdk_wrap {
 
 std::string GetPackageRelativePath(const std::string& root, const std::string& relative) {
     std::string path = root;
     if (path.empty()) {
-        const char* const installation = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
-        if (installation == nullptr || *installation == '\0') {
+        path = kelp::settings::InstallationRoot();
+        if (path.empty()) {
             LogProcess::Warn("[settings] OSS_ROOT is not set: there is no package " + relative,
                              LocationInfo("settings", "GetPackageRelativePath", 0));
             return {};
         }
-        path = installation;
     }
     while (path.ends_with('/')) {
         path.pop_back();
