@@ -73,6 +73,9 @@ void IoThread::Stop(Clock::time_point deadline) {
 }
 
 void IoThread::Sweep() {
+    if (Done()) {
+        return;  // the timer had run out already when it was cancelled
+    }
     // First, so that no failure below ends the sweeping.
     sweep_.expires_after(kSweepEvery);
     sweep_.async_wait([this](const boost::system::error_code& error) {
@@ -91,7 +94,7 @@ void IoThread::Sweep() {
 }
 
 void IoThread::FinishIfDone() {
-    if (stopping_ && sessions_.empty()) {
+    if (Done()) {
         sweep_.cancel();
         work_.reset();
     }

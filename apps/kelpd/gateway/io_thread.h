@@ -39,6 +39,7 @@ class IoThread {
 
   private:
     std::vector<std::shared_ptr<Session>> All() const;
+    bool Done() const { return stopping_ && sessions_.empty(); }
     void Sweep();
     void FinishIfDone();
 
