@@ -40,8 +40,7 @@ void Serve(const Line& line, void (*ready)()) {
     auto* workers = new KelpGnlTaskMgr(KelpAppMgr::Instance(), nullptr, kManager, 4);
     Require(workers->Initialize() && KelpAppMgr::Instance()->TMInsertTaskMgr(workers, true), "ours",
             "the task manager does not start");
-    ready();
-    KelpAppMgr::WaitForStopSignal();
+    KelpAppMgr::WaitForStopSignal(ready);
     KelpAppMgr::Destroy();
 }
 

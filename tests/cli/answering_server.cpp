@@ -131,8 +131,7 @@ int main(int argc, char** argv) {
         !KelpAppMgr::Instance()->TMInsertTaskMgr(workers.release(), true)) {
         return 1;
     }
-    std::cout << "ready" << std::endl;
-    KelpAppMgr::WaitForStopSignal();
+    KelpAppMgr::WaitForStopSignal([] { std::cout << "ready" << std::endl; });
     KelpAppMgr::Destroy();
     LogProcess::Destroy();
 }

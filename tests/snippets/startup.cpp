@@ -20,9 +20,10 @@ int main() {
     if (!ErrorManage::Instance()->InitRes(res + "/errors.res"))
         std::puts("errors have no texts");
 
-    std::puts("ready");
-    std::fflush(stdout);
-    KelpAppMgr::WaitForStopSignal();
+    KelpAppMgr::WaitForStopSignal([] {
+        std::puts("ready");
+        std::fflush(stdout);
+    });
 
     DestroyKelp();
     QWhiteList::Destroy();

@@ -99,8 +99,10 @@ class KELP_API KelpAppMgr {
 
     /// Blocks until SIGINT or SIGTERM arrives and returns its number. The handlers that
     /// were installed before come back; a signal that arrives before the call is theirs.
-    /// To be called by one thread at a time.
-    static int WaitForStopSignal();
+    /// `ready`, which must not throw, is called once signals are this call's: the place to
+    /// tell others that the process serves and may be stopped. To be called by one thread at
+    /// a time.
+    static int WaitForStopSignal(void (*ready)() = nullptr);
 
     /// Makes `mgr` known under its identifier, so that messages reach it; before or after
     /// its Initialize(). With `owned`, Destroy() deletes it if it was initialised (one

@@ -26,7 +26,7 @@ extern "C" void KelpOnStopSignal(int number) {
 
 }  // namespace
 
-int KelpAppMgr::WaitForStopSignal() {
+int KelpAppMgr::WaitForStopSignal(void (*ready)()) {
     const kelp::base::UniqueFd stop(::eventfd(0, EFD_CLOEXEC));
     g_stop_fd.store(stop.get());
     struct sigaction wanted {};
@@ -36,6 +36,9 @@ int KelpAppMgr::WaitForStopSignal() {
     struct sigaction on_terminate {};
     ::sigaction(SIGINT, &wanted, &on_interrupt);
     ::sigaction(SIGTERM, &wanted, &on_terminate);
+    if (ready != nullptr) {
+        ready();
+    }
     std::uint64_t count = 0;
     while (::read(stop.get(), &count, sizeof count) < 0 && errno == EINTR) {
     }

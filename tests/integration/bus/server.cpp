@@ -108,9 +108,10 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
-    std::printf("ready\n");
-    std::fflush(stdout);
-    KelpAppMgr::WaitForStopSignal();
+    KelpAppMgr::WaitForStopSignal([] {
+        std::printf("ready\n");
+        std::fflush(stdout);
+    });
     KelpAppMgr::Destroy();
     return 0;
 }

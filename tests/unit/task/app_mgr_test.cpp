@@ -161,6 +161,12 @@ TEST(AppMgr, WaitsForAStopSignal) {
     }
 }
 
+// Whoever is told that the process serves may stop it at once.
+TEST(AppMgr, TakesASignalThatComesWithReady) {
+    EXPECT_EQ(KelpAppMgr::WaitForStopSignal([] { ::kill(::getpid(), SIGTERM); }), SIGTERM);
+    EXPECT_EQ(KelpAppMgr::WaitForStopSignal([] { ::kill(::getpid(), SIGINT); }), SIGINT);
+}
+
 TEST(AppMgr, OptionsComeFromTheEnvironment) {
     ::setenv("KELP_PROC_ID", "3001", 1);
     ::setenv("KELP_DESK_ID", "x", 1);
