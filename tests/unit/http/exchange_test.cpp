@@ -10,7 +10,7 @@ using testing::Not;
 
 class HttpExchange : public HttpTest {
   protected:
-    HttpExchange() : m_installation(TheServer().Settings(kShort)) {}
+    HttpExchange() : m_installation(TheServer().Settings(kSmall)) {}
 
     Installation m_installation;
 };

@@ -38,7 +38,7 @@ class HttpFailure : public HttpTest {
 
 // What stands behind each of these is that the request, and the token in it, stays here.
 TEST_F(HttpFailure, BeforeAnythingIsSent) {
-    const Installation installation(TheServer().Settings(kShort));
+    const Installation installation(TheServer().Settings());
     m_req.lstHeaders.push_back({"X-Auth-Token", "HEADERSECRET"});
     const Row rows[] = {
         {"expired", "/body", HTTP_ERR_CERT_EXPIRED, "has expired"},
@@ -48,7 +48,6 @@ TEST_F(HttpFailure, BeforeAnythingIsSent) {
         {"alone", "/body", HTTP_ERR_CERT_UNKNOWN_CA, "signed by itself"},
         {"old", "/body", HTTP_ERR_TLS, "TLS was not agreed on"},
         {"slammed", "/body", HTTP_ERR_TLS, "TLS was not agreed on"},
-        {"silent", "/body", HTTP_ERR_CONNECT_TIMEOUT, "no connection in time"},
     };
     for (const Row& row : rows) {
         const int before = TheServer().Count(row.line).requests;
@@ -58,7 +57,7 @@ TEST_F(HttpFailure, BeforeAnythingIsSent) {
 }
 
 TEST_F(HttpFailure, WithinTheExchange) {
-    const Installation installation(TheServer().Settings(kShort));
+    const Installation installation(TheServer().Settings(kSmall));
     m_req.lstHeaders.push_back({"X-Auth-Token", "HEADERSECRET"});
     m_req.strReqBody = "BODYSECRET";
     const Row rows[] = {
@@ -82,11 +81,19 @@ TEST_F(HttpFailure, WithinTheExchange) {
         {"good", "/bad-chunk", HTTP_ERR_MALFORMED, "the answer"},
         {"good", "/bad-gzip", HTTP_ERR_MALFORMED, "the answer"},
         {"good", "/unknown-coding", HTTP_ERR_MALFORMED, "the answer"},
-        {"good", "/drip", HTTP_ERR_STALLED, "next to nothing was transferred"},
     };
     for (const Row& row : rows) {
         ExpectFailure(row);
     }
+}
+
+// A server that agrees to nothing, and one that goes on with next to nothing.
+TEST_F(HttpFailure, TooSlow) {
+    const Installation installation(TheServer().Settings(kShort));
+    const int before = TheServer().Count("silent").requests;
+    ExpectFailure({"silent", "/body", HTTP_ERR_CONNECT_TIMEOUT, "no connection in time"});
+    EXPECT_EQ(TheServer().Count("silent").requests, before);
+    ExpectFailure({"good", "/drip", HTTP_ERR_STALLED, "next to nothing was transferred"});
 }
 
 // The caller's time-out comes before the limit on speed if it is the shorter one.

@@ -19,10 +19,10 @@ inline HttpsServer& TheServer() {
 
 class HttpTest : public testing::Test {
   public:
-    // Limits that let a test wait for them.
+    // Limits that let a test reach them, and limits that let it wait for them.
+    static constexpr const char* kSmall = R"(, "http": {"responseLimitBytes": 1048576})";
     static constexpr const char* kShort =
-        R"(, "http": {"connectTimeoutMs": 700, "lowSpeedSeconds": 1, "lowSpeedBytes": 100,
-                      "responseLimitBytes": 1048576})";
+        R"(, "http": {"connectTimeoutMs": 700, "lowSpeedSeconds": 1, "lowSpeedBytes": 100})";
 
     void SetUp() override {
         TheServer().SetStatus(200);
