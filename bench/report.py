@@ -159,6 +159,7 @@ class Figures:
         peer = {"sqlite": "sqlite3", "postgresql": "libpq"}[database]
         self._add(f"{phase} {database}", {"c": peer}.get(contestant, contestant),
                   entry["real_time"])
+
     def _strutil(self, entry):
         phase, contestant = entry["name"].split("/")[:2]
         self._add(phase, contestant, entry["cpu_time"])
@@ -186,6 +187,7 @@ class Figures:
         else:
             self._add(phase, contestant, 1e6 / entry["real_time"])
             self._add("exchange CPU", contestant, entry["cpu_time"])
+
     def _kelpd(self, entry):
         phase, contestant = entry["name"].split("/")
         for figure in ("rate", "p99_ms", "cpu_us"):
@@ -288,6 +290,8 @@ def cells_text(figures):
         name=figures.of("access", "ours"), index=figures.of("access", "index"),
         **{f"{phase}_{peer}": figures.of("memory " + phase, peer)
            for phase in ("integer", "text") for peer in ("ours", "variant")})
+
+
 def name_table(figures):
     yield "| nanoseconds | ours | peer | copy |"
     yield "|---|---:|---:|---:|"
@@ -460,6 +464,7 @@ statement for each row in one transaction. SQLite: CPU time of the thread. Postg
 that passes, most of it in the server, which runs on the same machine.
 
 {sql}
+
 ## Identifiers and lists
 
 A name of five pairs; building escapes in three of its values. A list of 20 items of about 20
@@ -495,6 +500,7 @@ One exchange of a small JSON body with a TLS server on the same CPU, through the
 as its callers use it, a new object for each request: {rest_ours:.0f} requests a second, a bare
 libcurl easy handle with everything set once {rest_bare:.0f}. CPU of the client alone:
 {rest_cpu_ours:.1f} us and {rest_cpu_bare:.1f} us. Both verify the server.
+
 ## The gateway
 
 GET of a small body over TLS 1.3 on kept connections, with client certificates required and an
