@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# One command's whole way between real processes: kelpctl asks nemgr over the message bus,
-# nemgr asks Debian's snmpd over SNMP and keeps what it heard in a database. Installs and
-# builds what is missing first. Exit status 0 only if every answer was the expected one.
+# One command's whole way between real processes: on an installation that kelpd makes and
+# serves, kelpctl asks nemgr over the message bus, nemgr asks Debian's snmpd over SNMP and
+# keeps what it heard in a database. Installs and builds what is missing first. Exit status 0
+# only if every answer was the expected one.
 #   scripts/demo.sh                the inventory is kept in an SQLite file
 #   scripts/demo.sh --postgresql   on a PostgreSQL server that the script starts
 set -euo pipefail
@@ -15,16 +16,17 @@ esac
 
 say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
 
-say "Building nemgr and kelpctl (the first time takes a few minutes)"
+say "Building nemgr, kelpd and kelpctl (the first time takes a few minutes)"
 cmake --preset dev >/dev/null
-cmake --build --preset dev --target nemgr kelpctl | tail -n 1
+cmake --build --preset dev --target nemgr kelpd kelpctl | tail -n 1
 kelpctl=$PWD/build/dev/apps/kelpctl/kelpctl
+kelpd=$PWD/build/dev/apps/kelpd/kelpd
 nemgr=$PWD/build/dev/examples/nemgr/nemgr
 
 work=$(mktemp -d)
-snmpd_pid='' nemgr_pid='' postgres_pid='' failures=0
+snmpd_pid='' nemgr_pid='' kelpd_pid='' postgres_pid='' failures=0
 clean_up() {
-  for pid in $nemgr_pid $snmpd_pid $postgres_pid; do
+  for pid in $nemgr_pid $kelpd_pid $snmpd_pid $postgres_pid; do
     kill "$pid" 2>/dev/null || true
     wait "$pid" 2>/dev/null || true
   done
@@ -32,9 +34,9 @@ clean_up() {
 }
 trap clean_up EXIT
 chmod 711 "$work"
-mkdir -m 700 "$work/run" "$work/state"
-mkdir -p "$work/oss/etc" "$work/oss/var"
-export LC_ALL=C.UTF-8 KELP_RUN_DIR=$work/run KELPCTL_COMMANDS=$PWD/examples/nemgr/commands.json
+mkdir -m 700 "$work/state"
+export LC_ALL=C.UTF-8 KELPCTL_COMMANDS=$PWD/examples/nemgr/commands.json
+unset KELP_RUN_DIR KELP_LOG_FILE KELP_LOG_FORMAT
 
 # eventually WHAT COMMAND...: repeats COMMAND until it succeeds, for ten seconds at most.
 eventually() {
@@ -95,21 +97,60 @@ start_postgres() {
   exit 1
 }
 
-# The installation's configuration: where the inventory is.
-configure_database() {
-  local entry='"url": "sqlite:var/nemgr.db", "type": "sqlite"'
-  if [ $database = postgresql ]; then
-    postgres_password=$(head -c 12 /dev/urandom | od -An -tx1 | tr -d ' \n')
-    start_postgres
-    entry='"url": "postgresql://127.0.0.1:'$postgres_port'/postgres", "type": "postgresql", '
-    entry+='"user": "nemgr", "password": "'$postgres_password'"'
+# A new installation has an SQLite database; this makes it one on the server.
+use_postgres() {
+  postgres_password=$(head -c 12 /dev/urandom | od -An -tx1 | tr -d ' \n')
+  start_postgres
+  /usr/bin/python3 - "$OSS_ROOT/etc/kelp.json" "$postgres_port" "$postgres_password" <<'END'
+import json, sys
+path, port, password = sys.argv[1:]
+with open(path, "r+", encoding="utf-8") as file:
+    settings = json.load(file)
+    settings["databases"]["MCDB"] = {
+        "type": "postgresql", "url": f"postgresql://127.0.0.1:{port}/postgres",
+        "user": "nemgr", "password": password}
+    file.seek(0)
+    file.truncate()
+    json.dump(settings, file, indent=2)
+END
+}
+
+# The installation, and the daemon that serves it on a free port of the loopback.
+kelpd_runs() { grep -q '^kelpd: ready: ' "$work/kelpd.out"; }
+kelpd_runs_or_ended() { kelpd_runs || ! kill -0 "$kelpd_pid" 2>/dev/null; }
+start_kelpd() {
+  for _ in 1 2 3 4 5; do
+    rm -rf "$work/nms"
+    exports=$("$kelpd" init "$work/nms" --port $((20000 + RANDOM % 40000)))
+    eval "$exports"
+    "$kelpd" run >"$work/kelpd.out" 2>"$work/kelpd.log" &
+    kelpd_pid=$!
+    eventually "kelpd does not start" kelpd_runs_or_ended
+    if kelpd_runs; then return 0; fi
+    wait "$kelpd_pid" || kelpd_pid=''  # the port was taken
+  done
+  echo "demo: no free port for kelpd: $(cat "$work/kelpd.log")" >&2
+  exit 1
+}
+
+# ask PATTERN CURL-ARGUMENT...: a request to the gateway; notes a failure unless what curl
+# prints matches PATTERN.
+ask() {
+  local pattern=$1 answer
+  shift
+  printf '$ curl'
+  printf ' %s' "${@//"$OSS_ROOT"/\$OSS_ROOT}"
+  echo
+  answer=$(curl --silent --show-error --max-time 20 "$@" 2>&1) || true
+  printf '%s\n' "$answer" | sed 's/^/  /'
+  if ! grep -qE -- "$pattern" <<<"$answer"; then
+    echo "  UNEXPECTED: expected '$pattern'"
+    failures=$((failures + 1))
   fi
-  (umask 077 && echo '{"databases": {"inventory": {'"$entry"'}}}' >"$work/oss/etc/kelp.json")
-  export OSS_ROOT=$work/oss
 }
 
 start_nemgr() {
-  "$nemgr" --element "127.0.0.1:$port" --snmp-timeout-ms 500 --database inventory \
+  "$nemgr" --element "127.0.0.1:$port" --snmp-timeout-ms 500 --database MCDB \
     >"$work/nemgr.out" 2>>"$work/nemgr.log" &
   nemgr_pid=$!
   eventually "nemgr does not start: $(cat "$work/nemgr.log")" \
@@ -143,16 +184,26 @@ say "1. A network element: snmpd"
 start_element
 echo "snmpd (pid $snmpd_pid) listens on 127.0.0.1:$port"
 
-say "2. A database for the inventory: $database"
-configure_database
+say "2. The platform on a single node: kelpd"
+start_kelpd
+printf '$ kelpd init %s\n%s\n' "$work/nms" "$exports" | sed '2,$s/^/  /'
+sed "s/^/  (pid $kelpd_pid) /" "$work/kelpd.out"
+gateway=$(grep -oE 'https://[0-9.:]+' "$work/kelpd.out")
+ask '^\{"groupmap"' "$gateway/rest/mrb/v1/getrestgroupinfo" --cacert "$OSS_ROOT/etc/ssl/ca.crt" \
+  --cert "$OSS_ROOT/etc/ssl/client.crt" --key "$OSS_ROOT/etc/ssl/client.key"
+echo "Without a certificate of this installation the gateway does not listen:"
+ask 'certificate required' "$gateway/rest/mrb/v1/getrestgroupinfo" --cacert "$OSS_ROOT/etc/ssl/ca.crt"
+
+say "3. A server on the message bus: nemgr, with its inventory in $database"
+cp -r examples/nemgr/root/. "$OSS_ROOT"  # its error texts and its white list
 if [ $database = postgresql ]; then
+  use_postgres
   echo "PostgreSQL (pid $postgres_pid) listens on 127.0.0.1:$postgres_port"
 fi
-sed -E 's/("password": )"[^"]*"/\1"..."/; s/^/  /' "$OSS_ROOT/etc/kelp.json"
-
-say "3. A server on the message bus: nemgr"
 start_nemgr
-echo "nemgr (pid $nemgr_pid) serves on $(ls "$KELP_RUN_DIR"/*.sock)"
+echo "nemgr (pid $nemgr_pid) serves on $(ls "$OSS_ROOT"/var/run/3001.*.sock); its log:"
+sed 's/^/  /' "$work/nemgr.log"
+call 0 '^restGroups +nemgr$' nemgr readServer
 "$kelpctl" list | grep -E '^( {2})?[^ ]'
 
 say "4. Reading: one row, and a table with integers, doubles and octets"
@@ -164,7 +215,7 @@ call 0 '^sysLocation +東京, 2F$' nemgr writeSystem contact='Zoë Ångström' l
 call 12 'the element refuses: .*noAccess' nemgr writeSystem contact=Nobody community=public
 
 say "6. An element that does not exist"
-call 11 'the element does not answer: 127.0.0.1:9:' nemgr readSystem element=127.0.0.1:9
+call 11 'the element does not answer: 127.0.0.1:9:.* \(Check the address' nemgr readSystem element=127.0.0.1:9
 
 say "7. Reading again: the rates since the reading before"
 call 0 '^lo +[0-9]+ +[0-9.]+ +1 +65536' nemgr readInterfaces
@@ -195,6 +246,12 @@ call 0 '^\{"retCode":0,"tables":\[$' nemgr findVendors prefix=00:00:0c --json
 say "11. A server that is not running"
 stop_nemgr
 call 3 'nemgr \(3001\) is not running' nemgr readSystem
+
+say "12. The platform's end"
+kill "$kelpd_pid"
+if wait "$kelpd_pid"; then echo "kelpd ended"; else failures=$((failures + 1)); fi
+kelpd_pid=''
+grep -o 'access peer=.*' "$OSS_ROOT/var/log/kelpd.log" | sed 's/^/  /'
 
 if [ $failures != 0 ]; then
   say "$failures of the answers were not the expected ones"

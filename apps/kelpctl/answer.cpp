@@ -76,7 +76,9 @@ std::optional<ErrorRow> TakeErrorRow(Answer& answer) {
     if (answer.ret_code == 0 || answer.tables.size() != 1 || answer.tables[0].rows.size() != 1) {
         return std::nullopt;
     }
-    ErrorRow row{TextAt(answer.tables[0], "errorText"), TextAt(answer.tables[0], "errorItem")};
+    const Table& table = answer.tables[0];
+    ErrorRow row{TextAt(table, "errorText"), TextAt(table, "errorItem"),
+                 TextAt(table, "errorAdvice")};
     if (row.text.empty() && row.item.empty()) {
         return std::nullopt;
     }

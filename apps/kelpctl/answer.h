@@ -34,11 +34,12 @@ struct Answer {
 Answer TakeAnswer(FrameUtil::AsnCommonResponse& response);
 
 /// What a failed command says about itself: an answer whose "##retCode" is not 0 may carry
-/// one row with the text columns "errorText" (what the code means) and "errorItem" (the
-/// thing at fault).
+/// one row with the text columns "errorText" (what the code means), "errorItem" (the thing
+/// at fault) and "errorAdvice" (what to do).
 struct ErrorRow {
     std::string text;
     std::string item;
+    std::string advice;
 };
 
 /// Takes the error row out of `answer`, whose tables are empty afterwards; nothing when

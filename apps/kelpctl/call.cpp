@@ -107,8 +107,8 @@ std::string NameOfCommand(std::uint32_t code, const Target& target) {
                               : std::to_string(code);
 }
 
-// "20: the element does not answer: 127.0.0.1:9": from the answer itself or, where it says
-// nothing, from the commands file.
+// "20: the element does not answer: 127.0.0.1:9 (Check the address.)": from the answer itself
+// or, where it says nothing, from the commands file.
 std::string ReasonOf(std::int64_t code, const ErrorRow& row, const Target& target) {
     std::string text = std::to_string(code);
     std::string meaning = row.text;
@@ -120,6 +120,9 @@ std::string ReasonOf(std::int64_t code, const ErrorRow& row, const Target& targe
         if (!part.empty()) {
             text += ": " + app::ShowText(part);
         }
+    }
+    if (!row.advice.empty()) {
+        text += " (" + app::ShowText(row.advice) + ")";
     }
     return text;
 }

@@ -9,7 +9,8 @@
 //   version    integer: 1 for SNMPv1, 2 for SNMPv2c (default)
 //
 // An answer carries "##retCode" (nemgr/results.h). When that is not 0 its one row holds
-// errorText, what the code means, and errorItem, the thing at fault.
+// errorText, what the code means, and errorItem, the thing at fault; and of the error
+// resources errorReason, errorDetail and errorAdvice, empty where there are none.
 #pragma once
 
 #include <cstdint>
@@ -47,6 +48,11 @@ enum CommandCode : std::uint32_t {
     /// Removes an element and its interfaces from the inventory. Argument: element. Answer:
     /// one row with the text element.
     kForgetElement = 30015,
+
+    /// What the platform made of this process. One row: integers procHandle, networkSize
+    /// (the elements it made ready for) and workers; texts restGroups (the REST groups it
+    /// serves) and withoutToken (the codes of its white list), both with commas between.
+    kReadServer = 30016,
 
     /// The vendors whose registered prefix or name begins as given, in the order of the
     /// prefixes. Arguments, at most one of them: prefix, hexadecimal digits with or

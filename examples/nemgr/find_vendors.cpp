@@ -52,12 +52,7 @@ void FindVendors(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     answer["##RowCount"] = row;
 }
 
-void OnFindVendors(AsnType* request, AsnType* response, KelpGnlTask*) {
-    Serve(request, response, FindVendors);
-}
-
-const FrameUtil::TModel_RegisterCmd g_findVendors(kFindVendors, NewRequest, NewResponse, kWorkers,
-                                                  nullptr, OnFindVendors, false);
+const Command<FindVendors> g_findVendors(kFindVendors);
 
 }  // namespace
 }  // namespace nemgr

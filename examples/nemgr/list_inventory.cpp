@@ -105,22 +105,9 @@ void ForgetElement(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     answer["##RowCount"] = 1;
 }
 
-void OnListElements(AsnType* request, AsnType* response, KelpGnlTask*) {
-    Serve(request, response, ListElements);
-}
-void OnListInterfaces(AsnType* request, AsnType* response, KelpGnlTask*) {
-    Serve(request, response, ListInterfaces);
-}
-void OnForgetElement(AsnType* request, AsnType* response, KelpGnlTask*) {
-    Serve(request, response, ForgetElement);
-}
-
-const FrameUtil::TModel_RegisterCmd g_listElements(kListElements, NewRequest, NewResponse, kWorkers,
-                                                   nullptr, OnListElements, false);
-const FrameUtil::TModel_RegisterCmd g_listInterfaces(kListInterfaces, NewRequest, NewResponse,
-                                                     kWorkers, nullptr, OnListInterfaces, false);
-const FrameUtil::TModel_RegisterCmd g_forgetElement(kForgetElement, NewRequest, NewResponse,
-                                                    kWorkers, nullptr, OnForgetElement, false);
+const Command<ListElements> g_listElements(kListElements);
+const Command<ListInterfaces> g_listInterfaces(kListInterfaces);
+const Command<ForgetElement> g_forgetElement(kForgetElement);
 
 }  // namespace
 }  // namespace nemgr

@@ -4,14 +4,16 @@
 // read_system.cpp is the shortest of them.
 
 #include <iostream>
+#include <string>
 
-#include "kelp/log.h"
+#include "frameutil/platform.h"
+#include "kelp/settings.h"
 #include "kelp/task.h"
 #include "nemgr/commands.h"
+#include "nemgr/error_texts.h"
 #include "nemgr/inventory/database.h"
 #include "nemgr/inventory/vendors.h"
 #include "nemgr/results.h"
-#include "nemgr/serve.h"
 #include "nemgr/settings.h"
 #include "nemgr/snmp/library.h"
 
@@ -26,14 +28,14 @@ KelpAppOptions AppOptions() {
     return options;
 }
 
-bool StartWorkers() {
-    auto* workers = new KelpGnlTaskMgr(KelpAppMgr::Instance(), nullptr, nemgr::kWorkers,
-                                       nemgr::TheSettings().workers);
-    if (!workers->Initialize()) {
-        delete workers;
-        return false;
+// The files in root/ of this program's sources, as they stand in the installation root. One
+// that is missing or malformed is told in the log, and nemgr serves without it.
+void LoadInstalledFiles() {
+    const std::string root = ns_kelpsdk_wrap::GetPackageRelativePath("", "");
+    if (!root.empty()) {
+        FrameUtil::QWhiteList::Instance()->Init(root + "/etc/");
+        nemgr::LoadErrorTexts(root + "/res/nemgr.res");
     }
-    return KelpAppMgr::Instance()->TMInsertTaskMgr(workers, true);
 }
 
 }  // namespace
@@ -54,14 +56,14 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    // From here on other processes reach this one. If it fails the log says why.
-    if (!KelpAppMgr::Initialize(AppOptions()) || !StartWorkers()) {
-        KelpAppMgr::Destroy();
-        return 1;
+    if (!KelpAppMgr::Initialize(AppOptions())) {
+        return 1;  // the log says why
     }
-    std::cout << "nemgr: ready" << std::endl;
-    KelpAppMgr::WaitForStopSignal();
-    KelpAppMgr::Destroy();
+    FrameUtil::Init();  // from here on commands are served
+    LoadInstalledFiles();
+    KelpAppMgr::WaitForStopSignal([] { std::cout << "nemgr: ready" << std::endl; });
+
+    FrameUtil::DestroyKelp();
+    FrameUtil::QWhiteList::Destroy();
     nemgr::inventory::CloseTheDatabase();
-    LogProcess::Destroy();
 }

@@ -119,12 +119,7 @@ void ReadInterfaces(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     }
 }
 
-void OnReadInterfaces(AsnType* request, AsnType* response, KelpGnlTask*) {
-    Serve(request, response, ReadInterfaces);
-}
-
-const FrameUtil::TModel_RegisterCmd g_readInterfaces(kReadInterfaces, NewRequest, NewResponse,
-                                                     kWorkers, nullptr, OnReadInterfaces, false);
+const Command<ReadInterfaces> g_readInterfaces(kReadInterfaces);
 
 }  // namespace
 }  // namespace nemgr

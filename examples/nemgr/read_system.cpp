@@ -37,12 +37,7 @@ void ReadSystem(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     }
 }
 
-void OnReadSystem(AsnType* request, AsnType* response, KelpGnlTask*) {
-    Serve(request, response, ReadSystem);
-}
-
-const FrameUtil::TModel_RegisterCmd g_readSystem(kReadSystem, NewRequest, NewResponse, kWorkers,
-                                                 nullptr, OnReadSystem, false);
+const Command<ReadSystem> g_readSystem(kReadSystem);
 
 }  // namespace
 }  // namespace nemgr

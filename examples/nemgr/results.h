@@ -18,10 +18,14 @@ enum class Result : int {
     kInternalFault = 16,
     kNoDatabase = 17,
     kUnknownElement = 18,
+    kNoGateway = 19,
 };
 
 /// The text for people: "the element does not answer".
 const char* ResultText(Result result);
+
+/// Its identifier in the error resources: "nemgr.noAnswer".
+const char* ResultId(Result result);
 
 /// Thrown by a command that cannot do its work; becomes its answer.
 class CommandFailure : public std::runtime_error {

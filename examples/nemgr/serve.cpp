@@ -4,6 +4,7 @@
 #include <string>
 
 #include "frameutil/log.h"
+#include "nemgr/error_texts.h"
 #include "nemgr/results.h"
 
 namespace nemgr {
@@ -11,12 +12,16 @@ namespace {
 
 // One row, so that "##TableCount" and "##RowCount" are both 1.
 void FillFailure(FrameUtil::CParaSet& answer, Result result, const char* item) {
+    const ErrorTexts texts = ErrorTextsOf(result);
     answer.clear();  // rows that were there already are no answer
     answer["##retCode"] = static_cast<int>(result);
     answer["##TableCount"] = 1;
     answer["##RowCount"] = 1;
-    answer["errorText"] = ResultText(result);
+    answer["errorText"] = texts.desc;
     answer["errorItem"] = item;
+    answer["errorReason"] = texts.reason;
+    answer["errorDetail"] = texts.detail;
+    answer["errorAdvice"] = texts.advice;
 }
 
 }  // namespace

@@ -24,8 +24,6 @@ bool ParseSettings(int argc, const char* const* argv, int& status) {
     app.add_option("--run-dir", settings.run_dir, "directory of the processes' sockets");
     app.add_option("--handle", settings.proc_handle, "process handle: which instance this is")
         ->check(CLI::Range(1, 65535));
-    app.add_option("--workers", settings.workers, "commands served at a time")
-        ->check(CLI::Range(1, 1000));
     app.add_option("--element", settings.element, "element of commands that name none");
     app.add_option("--community", settings.community, "SNMP community for reading");
     app.add_option("--write-community", settings.write_community, "SNMP community for writing");

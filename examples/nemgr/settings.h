@@ -9,7 +9,6 @@ namespace nemgr {
 struct Settings {
     std::string run_dir;            ///< empty: where the platform looks by itself
     std::uint16_t proc_handle = 1;  ///< instance
-    int workers = 10;               ///< commands served at a time
     std::string element = "127.0.0.1:161";
     std::string community = "public";
     std::string write_community = "private";

@@ -40,12 +40,7 @@ void WriteSystem(FrameUtil::CParaSet& request, FrameUtil::CParaSet& answer) {
     }
 }
 
-void OnWriteSystem(AsnType* request, AsnType* response, KelpGnlTask*) {
-    Serve(request, response, WriteSystem);
-}
-
-const FrameUtil::TModel_RegisterCmd g_writeSystem(kWriteSystem, NewRequest, NewResponse, kWorkers,
-                                                  nullptr, OnWriteSystem, false);
+const Command<WriteSystem> g_writeSystem(kWriteSystem);
 
 }  // namespace
 }  // namespace nemgr

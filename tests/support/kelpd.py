@@ -87,7 +87,7 @@ class Installation:
                 if "is in use" not in str(error):
                     raise
                 self.port = free_port()
-                self.change("gateway", port=self.port)
+                self.change("gateway", port=self.port, baseUrl=f"https://127.0.0.1:{self.port}")
         raise AssertionError("no free port")
 
     def context(self, client=True, authority=None):

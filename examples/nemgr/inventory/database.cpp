@@ -5,7 +5,6 @@
 
 #include "frameutil/sql.h"
 #include "nemgr/results.h"
-#include "nemgr/settings.h"
 
 namespace nemgr::inventory {
 namespace {
@@ -32,6 +31,9 @@ constexpr const char* kSchema[] = {
     "CREATE TABLE IF NOT EXISTS vendorSource (fingerprint VARCHAR(4096) NOT NULL)",
 };
 
+// Fewer than there are workers, who wait for elements most of the time.
+constexpr std::size_t kMaxSessions = 10;
+
 // Eight of the largest answers may wait for the one session of a database in memory.
 constexpr int kMaxWaitMs = 60000;
 
@@ -50,7 +52,7 @@ void Require(const dao::CExecStatus& status, const char* what) {
 
 void OpenTheDatabase(const std::string& name) {
     dao::PoolOptions options;
-    options.max_sessions = static_cast<std::size_t>(TheSettings().workers);
+    options.max_sessions = kMaxSessions;
     options.max_wait_ms = kMaxWaitMs;
     if (name.empty()) {
         ThePool() = std::make_unique<dao::CSessionPool>("sqlite::memory:", options);

@@ -131,8 +131,8 @@ class NoRegistryTest(ProgramTest):
 
 class StartTest(ProgramTest):
     def test_wrong_option_is_refused(self):
-        with self.assertRaisesRegex(AssertionError, "--workers"):
-            Server([os.environ["NEMGR"], "--workers", "0"], "nemgr: ready")
+        with self.assertRaisesRegex(AssertionError, "--snmp-retries"):
+            Server([os.environ["NEMGR"], "--snmp-retries", "11"], "nemgr: ready")
 
     def test_second_instance_of_one_identity_is_refused(self):
         command = [os.environ["NEMGR"], "--run-dir", self.run_dir]

@@ -131,14 +131,15 @@ TEST(Json, AnEmptyAnswerIsAnObject) {
 
 TEST(ErrorRow, IsTakenFromAFailedAnswerOnly) {
     Table table;
-    table.columns = {"errorItem", "errorText"};
-    table.rows = {{Text("10.0.0.1"), Text("no answer")}};
+    table.columns = {"errorItem", "errorAdvice", "errorText"};
+    table.rows = {{Text("10.0.0.1"), Text("Wait."), Text("no answer")}};
     Answer failed = With(table);
     failed.ret_code = 11;
     const auto row = kelpctl::TakeErrorRow(failed);
     ASSERT_TRUE(row);
     EXPECT_EQ(row->text, "no answer");
     EXPECT_EQ(row->item, "10.0.0.1");
+    EXPECT_EQ(row->advice, "Wait.");
     EXPECT_TRUE(failed.tables.empty());
 
     Answer fine = With(table);
