@@ -123,6 +123,16 @@ const char* FaultOfFile(std::string_view octets, std::string& key) {
     return nullptr;
 }
 
+// A text that is wiped before its memory goes to somebody else, however that comes.
+struct Wiped {
+    Wiped() = default;
+    ~Wiped() { ClearPasswd(text); }
+    Wiped(const Wiped&) = delete;
+    Wiped& operator=(const Wiped&) = delete;
+
+    std::string text;  // REQUIRES: reserved, or what it held before it grew stays behind
+};
+
 // `text` begins with kBegin.
 const char* FaultOfPrivate(std::string_view text, std::string& key) {
     text.remove_prefix(kBegin.size());
@@ -134,20 +144,17 @@ const char* FaultOfPrivate(std::string_view text, std::string& key) {
     if (rest.find_first_not_of(kBlanks) != std::string_view::npos) {
         return "there is text behind the END line";
     }
-    std::string base64;
-    base64.reserve(end);
+    Wiped base64;
+    base64.text.reserve(end);
     for (const char c : text.substr(0, end)) {
         if (kBlanks.find(c) == std::string_view::npos) {
-            base64 += c;
+            base64.text += c;
         }
     }
-    std::string octets;
-    octets.reserve(base64.size());
-    const char* const fault =
-        DecodeBase64(base64, octets) ? FaultOfFile(octets, key) : "the private key is not base64";
-    ClearPasswd(base64);
-    ClearPasswd(octets);
-    return fault;
+    Wiped octets;
+    octets.text.reserve(base64.text.size());
+    return DecodeBase64(base64.text, octets.text) ? FaultOfFile(octets.text, key)
+                                                  : "the private key is not base64";
 }
 
 // A line of type, base64 and perhaps a comment.

@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "failing_malloc.h"
 #include "frameutil/strutil.h"
+#include "support/failing_new.h"
 #include "support/octets.h"
 #include "support/temp_folder.h"
 
@@ -236,6 +238,29 @@ TEST(OpensshKeyText, WhatIsWrongIsSaid) {
         EXPECT_EQ(GetPubKeyFromOPenSSH(c.text, &why), "");
         EXPECT_EQ(why, c.why);
         EXPECT_EQ(GetPubKeyFromOPenSSH(c.text), "");
+    }
+}
+
+// What is given back of the private half is wiped: of a whole key, of one whose fault comes
+// late, and whichever allocation fails.
+TEST(OpensshKeyText, ThePrivateHalfIsWiped) {
+    std::string damaged = Private(kFile);
+    damaged[damaged.size() - 40] = '?';
+    for (const std::string& text : {Private(kFile), damaged}) {
+        for (const char* const secret : {"pppppppp", "cHBwcHBwcHBw"}) {
+            SCOPED_TRACE(secret);
+            g_freed_secrets = 0;
+            g_freed_secret = secret;
+            std::string key;
+            long n = 1;
+            while (support::FailNth(n, [&] { key = GetPubKeyFromOPenSSH(text); })) {
+                ++n;
+            }
+            g_freed_secret = {};
+            EXPECT_EQ(g_freed_secrets, 0);
+            EXPECT_EQ(key, text == damaged ? "" : kKey);
+            EXPECT_GT(n, 2);
+        }
     }
 }
 
