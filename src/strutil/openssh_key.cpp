@@ -22,20 +22,21 @@ constexpr std::string_view kEnd = "-----END OPENSSH PRIVATE KEY-----";
 constexpr std::string_view kMagic{"openssh-key-v1\0", 15};
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// How many fields stand behind each type.
+// How many fields stand behind each type, and what the first of them is where the type says.
 struct KeyType {
     std::string_view name;
     int fields;
+    std::string_view curve;
 };
 constexpr KeyType kTypes[] = {
-    {"ssh-ed25519", 1},
-    {"ssh-rsa", 2},
-    {"ecdsa-sha2-nistp256", 2},
-    {"ecdsa-sha2-nistp384", 2},
-    {"ecdsa-sha2-nistp521", 2},
-    {"ssh-dss", 4},
-    {"sk-ssh-ed25519@openssh.com", 2},
-    {"sk-ecdsa-sha2-nistp256@openssh.com", 3},
+    {"ssh-ed25519", 1, ""},
+    {"ssh-rsa", 2, ""},
+    {"ecdsa-sha2-nistp256", 2, "nistp256"},
+    {"ecdsa-sha2-nistp384", 2, "nistp384"},
+    {"ecdsa-sha2-nistp521", 2, "nistp521"},
+    {"ssh-dss", 4, ""},
+    {"sk-ssh-ed25519@openssh.com", 2, ""},
+    {"sk-ecdsa-sha2-nistp256@openssh.com", 3, "nistp256"},
 };
 
 // Takes fields from the front of octets; nothing when they end before a field does.
@@ -87,6 +88,9 @@ const char* FaultOfKey(std::string_view key, std::string_view type) {
         for (int i = 0; i < known.fields; ++i) {
             if (!fields.Field(field) || field.empty()) {
                 return "the public key is cut short";
+            }
+            if (i == 0 && !known.curve.empty() && field != known.curve) {
+                return "the public key is on another curve than its type says";
             }
         }
         return fields.empty() ? nullptr : "the public key has octets too many";

@@ -169,16 +169,19 @@ TEST(OpensshKeyText, Types) {
     struct Case {
         const char* type;
         int fields;
+        const char* first;
     };
     for (const Case& c :
-         {Case{"ssh-ed25519", 1}, Case{"ssh-rsa", 2}, Case{"ecdsa-sha2-nistp256", 2},
-          Case{"ecdsa-sha2-nistp384", 2}, Case{"ecdsa-sha2-nistp521", 2}, Case{"ssh-dss", 4},
-          Case{"sk-ssh-ed25519@openssh.com", 2}, Case{"sk-ecdsa-sha2-nistp256@openssh.com", 3}}) {
+         {Case{"ssh-ed25519", 1, "x"}, Case{"ssh-rsa", 2, "x"},
+          Case{"ecdsa-sha2-nistp256", 2, "nistp256"}, Case{"ecdsa-sha2-nistp384", 2, "nistp384"},
+          Case{"ecdsa-sha2-nistp521", 2, "nistp521"}, Case{"ssh-dss", 4, "x"},
+          Case{"sk-ssh-ed25519@openssh.com", 2, "x"},
+          Case{"sk-ecdsa-sha2-nistp256@openssh.com", 3, "nistp256"}}) {
         SCOPED_TRACE(c.type);
         std::string key = Field(c.type);
         for (int fields = 0; fields < 6; ++fields) {
             EXPECT_EQ(GetPubKeyFromOPenSSH(Public(c.type, key)), fields == c.fields ? key : "");
-            key += Field("x");
+            key += Field(fields == 0 ? c.first : "x");
         }
     }
 }
@@ -205,6 +208,9 @@ TEST(OpensshKeyText, WhatIsWrongIsSaid) {
              Case{"ssh-ed25519 AAAA", "the public key is cut short"},
              Case{Public("ssh-rsa", kKey), "the public key is of another type than its name says"},
              Case{Public("x", Field("x") + Field("y")), "the public key is of an unknown type"},
+             Case{Public("ecdsa-sha2-nistp256",
+                         Field("ecdsa-sha2-nistp256") + Field("nistp384") + Field("q")),
+                  "the public key is on another curve than its type says"},
              Case{Public("ssh-ed25519", Field("ssh-ed25519")), "the public key is cut short"},
              Case{Public("ssh-ed25519", Field("ssh-ed25519") + Field("")),
                   "the public key is cut short"},
