@@ -276,8 +276,9 @@ FRAMEUTIL_API void ConvertTo16BytesByGUID(const std::string& guid, char* bytes);
 /// OPENSSH PRIVATE KEY-----"). An encrypted one needs no passphrase: its public half is
 /// readable. RSA, DSA, ECDSA and Ed25519 keys, security keys among them.
 ///
-/// "" when it is none of these, is damaged, or names another type than it holds; `why` then
-/// says what is wrong. Copies of the private half that were made on the way are wiped.
+/// "" when it is none of these, is cut or malformed, or names another type than it holds;
+/// `why` then says what is wrong. Whether a key's numbers are a key is not looked at. Copies
+/// of the private half that were made on the way are wiped.
 FRAMEUTIL_API std::string GetPubKeyFromOPenSSH(const std::string& text, std::string* why = nullptr);
 
 }  // namespace FrameUtil

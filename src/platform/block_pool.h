@@ -21,8 +21,8 @@ namespace FrameUtil {
 
 class alignas(64) BlockPool {
   public:
-    /// A pool for blocks of `block_size` bytes. With a `cap`, chunks stop growing at so many
-    /// bytes of blocks; 0: they never do.
+    /// A pool for blocks of `block_size` bytes. With a `cap`, chunks grow to the bytes that
+    /// so many blocks have without what rounds them up, and no further; 0: they always grow.
     constexpr explicit BlockPool(unsigned block_size, std::size_t cap = 0) noexcept
         : m_stride(StrideOf(block_size)),
           m_next_blocks(FirstBlocks(block_size)),

@@ -1,8 +1,10 @@
 #include "platform/live_blocks.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 
 #include "kelp/log.h"
@@ -17,9 +19,10 @@ struct LiveBlocks {
 };
 
 // Never destroyed: static objects return their blocks as late as they like.
-LiveBlocks& Live() {
-    static LiveBlocks* const live = new LiveBlocks;
-    return *live;
+LiveBlocks& Live() noexcept {
+    alignas(LiveBlocks) static std::byte room[sizeof(LiveBlocks)];
+    static LiveBlocks& live = *::new (room) LiveBlocks;
+    return live;
 }
 
 [[noreturn]] void Fail(const char* text) {
@@ -29,13 +32,26 @@ LiveBlocks& Live() {
 
 }  // namespace
 
-void NoteLiveBlock(void* block, std::size_t size) {
+bool NoteLiveBlock(void* block, std::size_t size) noexcept {
     LiveBlocks& live = Live();
     const std::lock_guard<std::mutex> lock(live.mutex);
-    live.sizes[block] = size;
+    try {
+        live.sizes[block] = size;
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
-void ForgetLiveBlock(void* block, std::size_t size) {
+void LockLiveBlocks() noexcept {
+    Live().mutex.lock();
+}
+
+void UnlockLiveBlocks() noexcept {
+    Live().mutex.unlock();
+}
+
+void ForgetLiveBlock(void* block, std::size_t size) noexcept {
     LiveBlocks& live = Live();
     char fault[160] = "";
     {

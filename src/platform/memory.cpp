@@ -9,15 +9,17 @@
 
 #include "frameutil/platform.h"
 #include "platform/block_pool.h"
-
-#if !defined(NDEBUG) || defined(FRAMEUTIL_CHECK_BLOCKS)
 #include "platform/live_blocks.h"
-#define FRAMEUTIL_CHECKS_BLOCKS 1
-#endif
 
 namespace FrameUtil {
 
 namespace {
+
+#if !defined(NDEBUG) || defined(FRAMEUTIL_CHECK_BLOCKS)
+constexpr bool kChecked = true;
+#else
+constexpr bool kChecked = false;
+#endif
 
 constexpr unsigned long kLargest = 128;
 constexpr unsigned long kStep = 4;
@@ -34,6 +36,14 @@ BlockPool& PoolOf(unsigned long size) {
     return g_pools[size == 0 ? 0 : (size - 1) / kStep];
 }
 
+void Return(void* block, unsigned long size) noexcept {
+    if (size > kLargest) {
+        std::free(block);
+    } else {
+        PoolOf(size).Give(block);
+    }
+}
+
 // A fork copies the pools as they are: none may be in the hands of another thread.
 struct ForkHandlers {
     ForkHandlers() { ::pthread_atfork(LockAll, UnlockAll, UnlockAll); }
@@ -42,8 +52,14 @@ struct ForkHandlers {
         for (BlockPool& pool : g_pools) {
             pool.lock().Lock();
         }
+        if constexpr (kChecked) {
+            LockLiveBlocks();
+        }
     }
     static void UnlockAll() FRAMEUTIL_ANNOTATION(no_thread_safety_analysis) {
+        if constexpr (kChecked) {
+            UnlockLiveBlocks();
+        }
         for (BlockPool& pool : g_pools) {
             pool.lock().Unlock();
         }
@@ -55,11 +71,12 @@ const ForkHandlers g_fork_handlers;
 
 void* Malloc(unsigned long size) noexcept {
     void* const block = size > kLargest ? std::malloc(size) : PoolOf(size).Take(size);
-#ifdef FRAMEUTIL_CHECKS_BLOCKS
-    if (block != nullptr) {
-        NoteLiveBlock(block, size);
+    if constexpr (kChecked) {
+        if (block != nullptr && !NoteLiveBlock(block, size)) {
+            Return(block, size);
+            return nullptr;
+        }
     }
-#endif
     return block;
 }
 
@@ -67,14 +84,10 @@ void Free(void* p, unsigned long size) noexcept {
     if (p == nullptr) {
         return;
     }
-#ifdef FRAMEUTIL_CHECKS_BLOCKS
-    ForgetLiveBlock(p, size);
-#endif
-    if (size > kLargest) {
-        std::free(p);
-    } else {
-        PoolOf(size).Give(p);
+    if constexpr (kChecked) {
+        ForgetLiveBlock(p, size);
     }
+    Return(p, size);
 }
 
 BlockPoolState GetBlockPoolState(unsigned long size) noexcept {

@@ -1,6 +1,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <new>
 
 #include "frameutil/strutil.h"
@@ -59,6 +60,13 @@ struct StrLinker::Impl {
         }
     }
 
+    // Whether `item` stands in the linker's own text.
+    bool Holds(const char* item) const {
+        const std::string_view own = text.view();
+        const std::less<> before;
+        return !before(item, own.data()) && before(item, own.data() + own.size());
+    }
+
     static constexpr std::size_t kFirstVerbatim = 256;
 
     // A list is seldom as short as a name.
@@ -79,7 +87,7 @@ StrLinker& StrLinker::operator<<(const char* item) {
     std::string_view whole(item);
     // The linker's own text moves when it grows.
     std::string copy;
-    if (whole.data() == m_pImpl->text.c_str()) {
+    if (m_pImpl->Holds(item)) {
         copy = whole;
         whole = copy;
     }

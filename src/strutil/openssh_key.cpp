@@ -22,20 +22,21 @@ constexpr std::string_view kEnd = "-----END OPENSSH PRIVATE KEY-----";
 constexpr std::string_view kMagic{"openssh-key-v1\0", 15};
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// How many fields stand behind each type.
+// How many fields stand behind each type, and what the first of them is where the type says.
 struct KeyType {
     std::string_view name;
     int fields;
+    std::string_view curve;
 };
 constexpr KeyType kTypes[] = {
-    {"ssh-ed25519", 1},
-    {"ssh-rsa", 2},
-    {"ecdsa-sha2-nistp256", 2},
-    {"ecdsa-sha2-nistp384", 2},
-    {"ecdsa-sha2-nistp521", 2},
-    {"ssh-dss", 4},
-    {"sk-ssh-ed25519@openssh.com", 2},
-    {"sk-ecdsa-sha2-nistp256@openssh.com", 3},
+    {"ssh-ed25519", 1, ""},
+    {"ssh-rsa", 2, ""},
+    {"ecdsa-sha2-nistp256", 2, "nistp256"},
+    {"ecdsa-sha2-nistp384", 2, "nistp384"},
+    {"ecdsa-sha2-nistp521", 2, "nistp521"},
+    {"ssh-dss", 4, ""},
+    {"sk-ssh-ed25519@openssh.com", 2, ""},
+    {"sk-ecdsa-sha2-nistp256@openssh.com", 3, "nistp256"},
 };
 
 // Takes fields from the front of octets; nothing when they end before a field does.
@@ -88,6 +89,9 @@ const char* FaultOfKey(std::string_view key, std::string_view type) {
             if (!fields.Field(field) || field.empty()) {
                 return "the public key is cut short";
             }
+            if (i == 0 && !known.curve.empty() && field != known.curve) {
+                return "the public key is on another curve than its type says";
+            }
         }
         return fields.empty() ? nullptr : "the public key has octets too many";
     }
@@ -123,6 +127,16 @@ const char* FaultOfFile(std::string_view octets, std::string& key) {
     return nullptr;
 }
 
+// A text that is wiped before its memory goes to somebody else, however that comes.
+struct Wiped {
+    Wiped() = default;
+    ~Wiped() { ClearPasswd(text); }
+    Wiped(const Wiped&) = delete;
+    Wiped& operator=(const Wiped&) = delete;
+
+    std::string text;  // REQUIRES: reserved, or what it held before it grew stays behind
+};
+
 // `text` begins with kBegin.
 const char* FaultOfPrivate(std::string_view text, std::string& key) {
     text.remove_prefix(kBegin.size());
@@ -134,20 +148,17 @@ const char* FaultOfPrivate(std::string_view text, std::string& key) {
     if (rest.find_first_not_of(kBlanks) != std::string_view::npos) {
         return "there is text behind the END line";
     }
-    std::string base64;
-    base64.reserve(end);
+    Wiped base64;
+    base64.text.reserve(end);
     for (const char c : text.substr(0, end)) {
         if (kBlanks.find(c) == std::string_view::npos) {
-            base64 += c;
+            base64.text += c;
         }
     }
-    std::string octets;
-    octets.reserve(base64.size());
-    const char* const fault =
-        DecodeBase64(base64, octets) ? FaultOfFile(octets, key) : "the private key is not base64";
-    ClearPasswd(base64);
-    ClearPasswd(octets);
-    return fault;
+    Wiped octets;
+    octets.text.reserve(base64.text.size());
+    return DecodeBase64(base64.text, octets.text) ? FaultOfFile(octets.text, key)
+                                                  : "the private key is not base64";
 }
 
 // A line of type, base64 and perhaps a comment.

@@ -94,6 +94,9 @@ class NamesTest(ProgramTest):
             (("a=\u00e9",), "a byte outside of 0x20..0x7E"),
             (("a=" + "v" * 300,), "more than 256 bytes"),
             (("a=" + "v" * 200, "b=" + "v" * 100), "more than 256 bytes"),
+            # Too long to be escaped: read back as half as many backslashes, or as many pairs.
+            (("a=" + "\\" * 128,), "would not read back as these pairs"),
+            (("a=v" + ",b=c" * 63,), "would not read back as these pairs"),
             (("--parent", "a=", "b=1"), "'a=' is no identifier"),
         ]
         for arguments, expected in cases:

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "support/failing_new.h"
@@ -160,16 +161,20 @@ TEST(BlockPool, GivesUpAndKeepsCounting) {
     EXPECT_EQ(pool.State().chunks, 0UL);
 }
 
-// With a cap, chunks grow to so many bytes of blocks and no further.
+// With a cap, chunks grow to the bytes of so many blocks and no further: of blocks that are
+// rounded up there are fewer.
 TEST(BlockPool, ACapBoundsTheGrowth) {
     struct Case {
+        unsigned block_size;
         std::size_t cap;
         std::vector<unsigned long> next;  // after each chunk
     };
-    for (const Case& c : {Case{0, {128, 256, 512, 1024}}, Case{150, {128, 150, 150}},
-                          Case{64, {64, 64}}, Case{100, {100, 100}}, Case{1, {64, 64}}}) {
-        SCOPED_TRACE(c.cap);
-        BlockPool pool(64, c.cap);
+    for (const Case& c :
+         {Case{64, 0, {128, 256, 512, 1024}}, Case{64, 150, {128, 150, 150}},
+          Case{64, 64, {64, 64}}, Case{64, 100, {100, 100}}, Case{64, 1, {64, 64}},
+          Case{4, 3000, {1500, 1500}}, Case{4, 2048, {1024}}, Case{12, 500, {375, 375}}}) {
+        SCOPED_TRACE(std::to_string(c.block_size) + " " + std::to_string(c.cap));
+        BlockPool pool(c.block_size, c.cap);
         std::vector<void*> blocks;
         for (const unsigned long next : c.next) {
             const unsigned long full = pool.State().blocks;

@@ -48,13 +48,28 @@ TEST(Memory, EachSizeHasItsPool) {
 
 // One block from a fresh pool makes a chunk; returning it lets the chunk go.
 TEST(Memory, OneBlockCostsAChunk) {
-    EXPECT_EQ(GetBlockPoolState(4).chunks, 0UL);
-    void* const block = Malloc(4);
-    EXPECT_EQ(GetBlockPoolState(4).chunks, 1UL);
-    EXPECT_EQ(GetBlockPoolState(4).blocks, 1024UL);
-    Free(block, 4);
-    EXPECT_EQ(GetBlockPoolState(4).chunks, 0UL);
+    for (unsigned long size = 4; size <= 128; size += 4) {
+        if (size == 100) {
+            continue;  // the early block's pool is not fresh
+        }
+        SCOPED_TRACE(size);
+        const unsigned long blocks = 128 / size * 32;
+        EXPECT_EQ(GetBlockPoolState(size).chunks, 0UL);
+        void* const block = Malloc(size);
+        const BlockPoolState state = GetBlockPoolState(size);
+        EXPECT_EQ(state.in_use, 1);
+        EXPECT_EQ(state.chunks, 1UL);
+        EXPECT_EQ(state.blocks, blocks);
+        EXPECT_EQ(state.bytes, blocks * ((size + 7) / 8 * 8) + 16);
+        EXPECT_EQ(state.next_chunk_blocks, 2 * blocks);
+        Free(block, size);
+        EXPECT_EQ(GetBlockPoolState(size).chunks, 0UL);
+        EXPECT_EQ(GetBlockPoolState(size).bytes, 0UL);
+        EXPECT_EQ(GetBlockPoolState(size).next_chunk_blocks, blocks);
+    }
     EXPECT_EQ(GetBlockPoolState(4).next_chunk_blocks, 1024UL);
+    EXPECT_EQ(GetBlockPoolState(12).next_chunk_blocks, 320UL);
+    EXPECT_EQ(GetBlockPoolState(128).next_chunk_blocks, 32UL);
 }
 
 TEST(Memory, LargeBlocksAreTheSystems) {

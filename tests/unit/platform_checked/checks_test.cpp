@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "frameutil/platform.h"
+#include "support/failing_new.h"
 
 namespace FrameUtil {
 namespace {
@@ -13,6 +16,29 @@ TEST(CheckedBlocks, WhatIsRightIsSilent) {
         Free(nullptr, size);
     }
     EXPECT_EQ(GetBlockPoolState(64).in_use, 0);
+}
+
+// A block that cannot be noted is none: it would be taken for a strange one later.
+TEST(CheckedBlocks, WithoutMemoryForTheNoteThereIsNoBlock) {
+    for (const unsigned long size : {8UL, 1000UL}) {
+        SCOPED_TRACE(size);
+        void* const kept = Malloc(size);  // from here on only notes need memory
+        const long in_use = GetBlockPoolState(size).in_use;
+        void* block = kept;
+        bool fired = false;
+        {
+            const FailNthAllocation failing(1);
+            block = Malloc(size);
+            fired = failing.Fired();
+        }
+        EXPECT_TRUE(fired);
+        EXPECT_EQ(block, nullptr);
+        EXPECT_EQ(GetBlockPoolState(size).in_use, in_use);
+        block = Malloc(size);
+        EXPECT_NE(block, nullptr);
+        Free(block, size);
+        Free(kept, size);
+    }
 }
 
 TEST(CheckedBlocksDeathTest, AnotherSize) {

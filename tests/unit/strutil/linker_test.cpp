@@ -98,5 +98,17 @@ TEST(Linker, ItsOwnTextIsAnItemToo) {
     }
 }
 
+// So is any end of it: the text moves to where there is room for both.
+TEST(Linker, AnEndOfItsOwnTextIsAnItemToo) {
+    for (const std::size_t cut : {1UL, 100UL, 199UL, 200UL}) {
+        SCOPED_TRACE(cut);
+        const std::string item(200, 'x');
+        StrLinker list('|');
+        list << item.c_str();
+        list << list() + cut;
+        EXPECT_EQ(std::string(list()), item + "|" + item.substr(cut));
+    }
+}
+
 }  // namespace
 }  // namespace FrameUtil

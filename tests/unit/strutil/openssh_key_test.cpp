@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "failing_malloc.h"
 #include "frameutil/strutil.h"
+#include "support/failing_new.h"
 #include "support/octets.h"
 #include "support/temp_folder.h"
 
@@ -167,16 +169,19 @@ TEST(OpensshKeyText, Types) {
     struct Case {
         const char* type;
         int fields;
+        const char* first;
     };
     for (const Case& c :
-         {Case{"ssh-ed25519", 1}, Case{"ssh-rsa", 2}, Case{"ecdsa-sha2-nistp256", 2},
-          Case{"ecdsa-sha2-nistp384", 2}, Case{"ecdsa-sha2-nistp521", 2}, Case{"ssh-dss", 4},
-          Case{"sk-ssh-ed25519@openssh.com", 2}, Case{"sk-ecdsa-sha2-nistp256@openssh.com", 3}}) {
+         {Case{"ssh-ed25519", 1, "x"}, Case{"ssh-rsa", 2, "x"},
+          Case{"ecdsa-sha2-nistp256", 2, "nistp256"}, Case{"ecdsa-sha2-nistp384", 2, "nistp384"},
+          Case{"ecdsa-sha2-nistp521", 2, "nistp521"}, Case{"ssh-dss", 4, "x"},
+          Case{"sk-ssh-ed25519@openssh.com", 2, "x"},
+          Case{"sk-ecdsa-sha2-nistp256@openssh.com", 3, "nistp256"}}) {
         SCOPED_TRACE(c.type);
         std::string key = Field(c.type);
         for (int fields = 0; fields < 6; ++fields) {
             EXPECT_EQ(GetPubKeyFromOPenSSH(Public(c.type, key)), fields == c.fields ? key : "");
-            key += Field("x");
+            key += Field(fields == 0 ? c.first : "x");
         }
     }
 }
@@ -203,6 +208,9 @@ TEST(OpensshKeyText, WhatIsWrongIsSaid) {
              Case{"ssh-ed25519 AAAA", "the public key is cut short"},
              Case{Public("ssh-rsa", kKey), "the public key is of another type than its name says"},
              Case{Public("x", Field("x") + Field("y")), "the public key is of an unknown type"},
+             Case{Public("ecdsa-sha2-nistp256",
+                         Field("ecdsa-sha2-nistp256") + Field("nistp384") + Field("q")),
+                  "the public key is on another curve than its type says"},
              Case{Public("ssh-ed25519", Field("ssh-ed25519")), "the public key is cut short"},
              Case{Public("ssh-ed25519", Field("ssh-ed25519") + Field("")),
                   "the public key is cut short"},
@@ -236,6 +244,29 @@ TEST(OpensshKeyText, WhatIsWrongIsSaid) {
         EXPECT_EQ(GetPubKeyFromOPenSSH(c.text, &why), "");
         EXPECT_EQ(why, c.why);
         EXPECT_EQ(GetPubKeyFromOPenSSH(c.text), "");
+    }
+}
+
+// What is given back of the private half is wiped: of a whole key, of one whose fault comes
+// late, and whichever allocation fails.
+TEST(OpensshKeyText, ThePrivateHalfIsWiped) {
+    std::string damaged = Private(kFile);
+    damaged[damaged.size() - 40] = '?';
+    for (const std::string& text : {Private(kFile), damaged}) {
+        for (const char* const secret : {"pppppppp", "cHBwcHBwcHBw"}) {
+            SCOPED_TRACE(secret);
+            g_freed_secrets = 0;
+            g_freed_secret = secret;
+            std::string key;
+            long n = 1;
+            while (support::FailNth(n, [&] { key = GetPubKeyFromOPenSSH(text); })) {
+                ++n;
+            }
+            g_freed_secret = {};
+            EXPECT_EQ(g_freed_secrets, 0);
+            EXPECT_EQ(key, text == damaged ? "" : kKey);
+            EXPECT_GT(n, 2);
+        }
     }
 }
 
