@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -162,6 +163,19 @@ TEST_F(HttpReuse, FilesAreReplaced) {
     EXPECT_TRUE(Eventually([&] { return Get(Good("/body")) == HTTP_ERR_CERT_UNKNOWN_CA; }));
     m_installation.Configure(TheServer().Settings());
     EXPECT_TRUE(Eventually([&] { return Get(Good("/body")) == 0; }));
+}
+
+// The file of the settings is everybody's: a change that is not of HTTP ends no connection.
+// It is looked at once a second.
+TEST_F(HttpReuse, OtherSettingsChange) {
+    using Clock = std::chrono::steady_clock;
+    Warm();
+    const auto end = Clock::now() + std::chrono::milliseconds(1500);
+    for (int i = 0; Clock::now() < end; ++i) {
+        m_installation.Configure(TheServer().Settings(", \"others\": " + std::to_string(i)));
+        ASSERT_EQ(Get(Good("/body")), 0);
+    }
+    EXPECT_EQ(Counts().connections, m_warm.connections);
 }
 
 // A server whose certificate is another one now is verified anew.
