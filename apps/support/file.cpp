@@ -1,6 +1,7 @@
 #include "support/file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -23,14 +24,9 @@ std::string ErrorText(int error) {
     return std::generic_category().message(error);
 }
 
-}  // namespace
-
-bool ReadFile(const std::string& path, std::size_t limit_bytes, std::string& out,
-              std::string& why) {
+bool ReadAll(const Descriptor& file, const std::string& path, std::size_t limit_bytes,
+             std::string& out, std::string& why) {
     out.clear();
-    const bool standard_input = path == "-";
-    const Descriptor file{standard_input ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC),
-                          !standard_input};
     if (file.fd < 0) {
         why = path + ": " + ErrorText(errno);
         return false;
@@ -56,6 +52,28 @@ bool ReadFile(const std::string& path, std::size_t limit_bytes, std::string& out
         }
         out.append(block, static_cast<std::size_t>(got));
     }
+}
+
+}  // namespace
+
+bool ReadFile(const std::string& path, std::size_t limit_bytes, std::string& out,
+              std::string& why) {
+    const bool standard_input = path == "-";
+    const Descriptor file{standard_input ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC),
+                          !standard_input};
+    return ReadAll(file, path, limit_bytes, out, why);
+}
+
+bool ReadRegularFile(const std::string& path, std::size_t limit_bytes, std::string& out,
+                     std::string& why) {
+    const Descriptor file{open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY), true};
+    struct stat found {};
+    if (file.fd >= 0 && fstat(file.fd, &found) == 0 && !S_ISREG(found.st_mode)) {
+        out.clear();
+        why = path + ": " + (S_ISDIR(found.st_mode) ? ErrorText(EISDIR) : "no regular file");
+        return false;
+    }
+    return ReadAll(file, path, limit_bytes, out, why);
 }
 
 }  // namespace app

@@ -13,4 +13,8 @@ namespace app {
 /// `limit_bytes`; `out` is empty then. Never holds more than limit_bytes + 1 in memory.
 bool ReadFile(const std::string& path, std::size_t limit_bytes, std::string& out, std::string& why);
 
+/// The same, but never waits: a pipe or a terminal is refused as well, and "-" is a name.
+bool ReadRegularFile(const std::string& path, std::size_t limit_bytes, std::string& out,
+                     std::string& why);
+
 }  // namespace app

@@ -6,8 +6,8 @@
 //     std::optional<std::string> name = app::JsonText(*value, "name");
 //
 // The parser is strict: one document and nothing behind it, no duplicate member names,
-// no comments, no control characters in texts, valid UTF-8, at most 64 levels unless told
-// otherwise. Reading a member never throws, whatever stands there.
+// no comments, no control characters or escaped halves of characters in texts, valid UTF-8, at
+// most 64 levels unless told otherwise. Reading a member never throws, whatever stands there.
 //
 // Thread rule: thread-safe.
 #pragma once
@@ -39,6 +39,9 @@ std::optional<Json::Value> ParseJson(std::string_view text, std::string* why,
 /// The text of a number of a parsed document as it stood there: 1e3 and 1000 are the same
 /// number, but not the same text. `document` is what ParseJson read `number` from.
 std::string_view JsonNumberText(const Json::Value& number, std::string_view document);
+
+/// The line, from 1, in which a value of a parsed document begins; likewise.
+std::size_t JsonLine(const Json::Value& value, std::string_view document);
 
 /// The member `name` of `object` if it is a text.
 std::optional<std::string> JsonText(const Json::Value& object, const char* name);

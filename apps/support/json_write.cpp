@@ -4,18 +4,13 @@
 #include <array>
 #include <cstdio>
 
+#include "support/numbers.h"
 #include "support/utf8.h"
 
 namespace app {
 namespace {
 
 constexpr std::string_view kDigits = "0123456789abcdef";
-
-int DigitOf(char c) {
-    const char lower = c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
-    const std::size_t at = kDigits.find(lower);
-    return at == std::string_view::npos ? -1 : static_cast<int>(at);
-}
 
 }  // namespace
 
@@ -57,8 +52,8 @@ std::optional<std::string> OctetsOfHex(std::string_view text) {
     std::string octets;
     octets.reserve(text.size() / 2);
     for (std::size_t i = 0; i < text.size(); i += 2) {
-        const int high = DigitOf(text[i]);
-        const int low = DigitOf(text[i + 1]);
+        const int high = HexDigit(text[i]);
+        const int low = HexDigit(text[i + 1]);
         if (high < 0 || low < 0) {
             return std::nullopt;
         }

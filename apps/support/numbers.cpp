@@ -16,6 +16,14 @@ std::optional<std::int64_t> ParseInteger(std::string_view text, std::int64_t lea
     return value;
 }
 
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
 std::optional<double> ParseDouble(std::string_view text) {
     double value = 0;
     const char* end = text.data() + text.size();

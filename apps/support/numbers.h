@@ -15,6 +15,9 @@ namespace app {
 std::optional<std::int64_t> ParseInteger(std::string_view text, std::int64_t least,
                                          std::int64_t most);
 
+/// The value of a hexadecimal digit in either case; -1 for any other character.
+int HexDigit(char c);
+
 /// The decimal number that is the whole of `text`, if it is finite.
 std::optional<double> ParseDouble(std::string_view text);
 

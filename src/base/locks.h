@@ -53,8 +53,9 @@ class FRAMEUTIL_LOCK_NOTE(scoped_lockable) PlainMutexLock {
     PlainMutex& m_mutex;
 };
 
-/// A reader-writer lock. The system may refuse it; whose duty it is to go on nevertheless
-/// holds it through WriteGuard.
+/// A reader-writer lock. A writer that waits goes before readers that come later, so readers
+/// cannot keep it out; a thread that reads must not ask for it again. The system may refuse
+/// it; whose duty it is to go on nevertheless holds it through ReadGuard or WriteGuard.
 class FRAMEUTIL_LOCK_NOTE(capability("reader-writer lock")) ReadWriteLock {
   public:
     ReadWriteLock() = default;
@@ -63,12 +64,35 @@ class FRAMEUTIL_LOCK_NOTE(capability("reader-writer lock")) ReadWriteLock {
     ReadWriteLock& operator=(const ReadWriteLock&) = delete;
 
   private:
+    friend class ReadGuard;
     friend class WriteGuard;
-    pthread_rwlock_t m_lock = PTHREAD_RWLOCK_INITIALIZER;
+    pthread_rwlock_t m_lock = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
 };
 
-/// Holds a lock for writing. Should it not be had, errno says why, what follows runs
+/// Holds a lock for reading. Should it not be had, errno says why, what follows runs
 /// without it, and nothing is unlocked at the end.
+class FRAMEUTIL_LOCK_NOTE(scoped_lockable) ReadGuard {
+  public:
+    explicit ReadGuard(ReadWriteLock& lock) FRAMEUTIL_LOCK_NOTE(acquire_shared_capability(lock))
+        : m_lock(lock), m_error(::pthread_rwlock_rdlock(&lock.m_lock)) {
+        if (m_error != 0) {
+            errno = m_error;
+        }
+    }
+    ~ReadGuard() FRAMEUTIL_LOCK_NOTE(release_capability()) {
+        if (m_error == 0) {
+            ::pthread_rwlock_unlock(&m_lock.m_lock);
+        }
+    }
+    ReadGuard(const ReadGuard&) = delete;
+    ReadGuard& operator=(const ReadGuard&) = delete;
+
+  private:
+    ReadWriteLock& m_lock;
+    const int m_error;
+};
+
+/// Holds a lock for writing, likewise.
 class FRAMEUTIL_LOCK_NOTE(scoped_lockable) WriteGuard {
   public:
     explicit WriteGuard(ReadWriteLock& lock) FRAMEUTIL_LOCK_NOTE(acquire_capability(lock))

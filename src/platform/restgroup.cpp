@@ -6,9 +6,8 @@
 
 #include "frameutil/restgroup.h"
 
-#include <pthread.h>
-
 #include "base/error_text.h"
+#include "base/locks.h"
 #include "base/rest.h"
 #include "frameutil/log.h"
 #include "kelp/settings.h"
@@ -21,11 +20,10 @@ class Assignment {
   public:
     /// Exchanges the groups for `fresh`, which then holds the old ones.
     void Swap(RestGroups& fresh) {
-        ::pthread_rwlock_wrlock(&m_lock);
+        const WriteGuard guard(m_lock);
         TraceInfo("LoadMRBRestGroup OK: old proc size = %d", static_cast<int>(m_groups.size()));
         m_groups.swap(fresh);
         TraceInfo("LoadMRBRestGroup OK: new proc size = %d", static_cast<int>(m_groups.size()));
-        ::pthread_rwlock_unlock(&m_lock);
     }
 
     /// Adds what matches to `groups`; false when nothing does.
@@ -53,21 +51,8 @@ class Assignment {
     }
 
   private:
-    class ReadGuard {
-      public:
-        explicit ReadGuard(pthread_rwlock_t& lock) : m_held(lock) {
-            ::pthread_rwlock_rdlock(&lock);
-        }
-        ~ReadGuard() { ::pthread_rwlock_unlock(&m_held); }
-        ReadGuard(const ReadGuard&) = delete;
-        ReadGuard& operator=(const ReadGuard&) = delete;
-
-      private:
-        pthread_rwlock_t& m_held;
-    };
-
-    pthread_rwlock_t m_lock = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
-    RestGroups m_groups;
+    ReadWriteLock m_lock;
+    RestGroups m_groups FRAMEUTIL_GUARDED_BY(m_lock);
 };
 
 // Never destroyed: handlers may ask while static objects go.

@@ -12,6 +12,7 @@ and answers each with one line:
     last            the last request that was read, as JSON
     restart NAME    closes a line with all its connections, opens it again on its port
     stop NAME       closes a line for good
+    start NAME      opens a line that is closed again on its port
     inject NAME     says something unasked on each connection of a line -> ok
     certificate NAME CERTIFICATE    a line has this certificate from now on
 
@@ -230,6 +231,9 @@ PATHS = {
     "/cut": raw(OK + b"Content-Length: 100\r\n\r\n0123456789"),
     "/cut-chunk": raw(OK + b"Transfer-Encoding: chunked\r\n\r\n64\r\n0123456789"),
     "/cut-header": torn(OK + b"Content-Le"),
+    "/identity": raw(OK + b"Transfer-Encoding: identity\r\n\r\nall of it?"),
+    "/excess": lambda c: c.sendall(OK + b"Content-Length: 2\r\n\r\n{}" + OK +
+                                   b"Content-Length: 9\r\n\r\nsmuggled!") is None,
     "/to-the-end": raw(OK + b"\r\nall of it"),
     "/to-the-end-torn": torn(OK + b"\r\nall of it?"),
     "/endless": lambda c: endless(c, OK + b"Transfer-Encoding: chunked\r\n\r\n",
@@ -256,6 +260,9 @@ def serve(line, connection):
             line.requests += 1
         State.last = request.spelled()
         request.path = line.always or request.path
+        if request.path == "/last":  # the server dies on this request
+            line.close()
+            return
         if request.path in PATHS:
             if PATHS[request.path](connection) is not True:
                 return
@@ -290,6 +297,8 @@ def command(lines, words):
         lines[words[1]].listen()
     elif words[0] == "stop":
         lines[words[1]].close()
+    elif words[0] == "start":
+        lines[words[1]].listen()
     elif words[0] == "inject":
         with lines[words[1]].lock:
             for connection in lines[words[1]].open:

@@ -72,10 +72,14 @@ std::string Quoted(const std::string& section, const std::string& name = "") {
 
 class SettingsReader {
   public:
-    SettingsReader(Config& config, const Json::Value& root) : config_(config), root_(root) {}
+    SettingsReader(Config& config, const Json::Value& root, std::string_view text)
+        : config_(config), root_(root), text_(text) {}
 
-    [[noreturn]] void Fail(const std::string& what) const {
-        throw Refusal(kConfiguration, config_.file + ": " + what);
+    /// Refuses the file for what stands at `value`.
+    [[noreturn]] void Fail(const Json::Value& value, const std::string& what) const {
+        throw Refusal(
+            kConfiguration,
+            config_.file + ":" + std::to_string(app::JsonLine(value, text_)) + ": " + what);
     }
 
     /// The member `name` of the document, an empty object when it is missing.
@@ -83,7 +87,7 @@ class SettingsReader {
         static const Json::Value kNone(Json::objectValue);
         const Json::Value* section = app::JsonMember(root_, name);
         if (section != nullptr && !section->isObject()) {
-            Fail(Quoted(name) + " is no object");
+            Fail(*section, Quoted(name) + " is no object");
         }
         return section == nullptr ? kNone : *section;
     }
@@ -91,14 +95,16 @@ class SettingsReader {
     template <std::size_t N>
     void Numbers(const char* section, const Number (&numbers)[N]) {
         for (const Number& number : numbers) {
-            if (app::JsonMember(Section(section), number.name) == nullptr) {
+            const Json::Value* const member = app::JsonMember(Section(section), number.name);
+            if (member == nullptr) {
                 continue;
             }
             const auto value =
                 app::JsonInteger(Section(section), number.name, number.least, number.most);
             if (!value) {
-                Fail(Quoted(section, number.name) + " is no whole number from " +
-                     std::to_string(number.least) + " to " + std::to_string(number.most));
+                Fail(*member, Quoted(section, number.name) + " is no whole number from " +
+                                  std::to_string(number.least) + " to " +
+                                  std::to_string(number.most));
             }
             number.set(config_, *value);
         }
@@ -106,26 +112,45 @@ class SettingsReader {
 
     /// The text at section.name, or `fallback` when it is missing.
     std::string Text(const char* section, const char* name, const char* fallback) const {
-        if (app::JsonMember(Section(section), name) == nullptr) {
+        const Json::Value* const member = app::JsonMember(Section(section), name);
+        if (member == nullptr) {
             return fallback;
         }
         const auto text = app::JsonText(Section(section), name);
         if (!text || text->find('\0') != text->npos) {
-            Fail(Quoted(section, name) + " is no text");
+            Fail(*member, Quoted(section, name) + " is no text");
         }
         return *text;
     }
 
+    std::string Address(const char* section, const char* name, const char* fallback) const {
+        std::string address = Text(section, name, fallback);
+        if (KindOfHost(address) != HostKind::kAddress) {
+            Fail(Section(section)[name], Quoted(section, name) + " is no IPv4 or IPv6 address");
+        }
+        return address;
+    }
+
     /// A path, below the root unless it begins with a slash.
     std::string Path(const char* section, const char* name, const char* fallback) const {
+        std::string path = PathOrNone(section, name, fallback);
+        if (path.empty()) {
+            Fail(Section(section)[name], Quoted(section, name) + " is empty");
+        }
+        return path;
+    }
+
+    /// The same, or "".
+    std::string PathOrNone(const char* section, const char* name, const char* fallback) const {
         const std::string path = Text(section, name, fallback);
         return path.empty() || path.front() == '/' ? path : config_.root + "/" + path;
     }
 
     void KnowsOnly(const char* section, const std::function<bool(const std::string&)>& known) {
-        for (const std::string& name : Section(section).getMemberNames()) {
+        const Json::Value& members = Section(section);
+        for (const std::string& name : members.getMemberNames()) {
             if (!known(name)) {
-                Fail("unknown member " + Quoted(section, app::ShowText(name)));
+                Fail(members[name], "unknown member " + Quoted(section, app::ShowText(name)));
             }
         }
     }
@@ -133,6 +158,7 @@ class SettingsReader {
   private:
     Config& config_;
     const Json::Value& root_;
+    const std::string_view text_;
 };
 
 template <std::size_t N>
@@ -152,23 +178,20 @@ Config ParseConfig(const std::string& root, std::string_view text) {
     if (!document || !document->isObject()) {
         throw Refusal(kConfiguration, config.file + ": " + (document ? "no JSON object" : why));
     }
-    SettingsReader reader(config, *document);
+    SettingsReader reader(config, *document, text);
     reader.KnowsOnly("limits", [](const std::string& name) { return Names(kLimits, name); });
     reader.KnowsOnly("gateway", [](const std::string& name) {
         return name == "baseUrl" || name == "listen" || Names(kGatewayNumbers, name);
     });
     reader.Numbers("limits", kLimits);
     reader.Numbers("gateway", kGatewayNumbers);
-    config.listen = reader.Text("gateway", "listen", "127.0.0.1");
-    if (KindOfHost(config.listen) != HostKind::kAddress) {
-        reader.Fail("\"gateway.listen\" is no IPv4 or IPv6 address");
-    }
+    config.listen = reader.Address("gateway", "listen", "127.0.0.1");
     config.ca_file = reader.Path("tls", "ca", "etc/ssl/ca.crt");
     config.certificate_file = reader.Path("tls", "serverCertificate", "etc/ssl/server.crt");
     config.key_file = reader.Path("tls", "serverKey", "etc/ssl/server.key");
     config.run_folder = reader.Path("bus", "runDir", "var/run");
     config.health_socket = reader.Path("health", "socket", "var/run/kelpd.health.sock");
-    config.log_file = reader.Path("log", "file", "var/log/kelpd.log");
+    config.log_file = reader.PathOrNone("log", "file", "var/log/kelpd.log");
     config.rest_groups_file = reader.Path("restGroups", "file", "etc/rest_groups.json");
     return config;
 }
@@ -176,7 +199,7 @@ Config ParseConfig(const std::string& root, std::string_view text) {
 Config ReadConfig(const std::string& root) {
     std::string text;
     std::string why;
-    if (!app::ReadFile(root + "/etc/kelp.json", app::kJsonLimitBytes, text, why)) {
+    if (!app::ReadRegularFile(root + "/etc/kelp.json", app::kJsonLimitBytes, text, why)) {
         throw Refusal(kConfiguration,
                       why + ": not an installation root: run 'kelpd init DIR' to make one");
     }

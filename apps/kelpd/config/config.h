@@ -33,7 +33,7 @@ struct Config {
     Limits limits;
 };
 
-/// Throws Refusal (kConfiguration) naming the file and the member at fault.
+/// Throws Refusal (kConfiguration) naming the file, the line and the member at fault.
 Config ReadConfig(const std::string& root);
 
 /// The same from the file's text, for a root that need not be there.

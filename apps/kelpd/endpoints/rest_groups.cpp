@@ -22,23 +22,30 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kLookEvery(1);
 constexpr std::int64_t kMost = std::numeric_limits<int>::max();
 
-std::string FaultIn(const Json::Value& document) {
+// "LINE: what is wrong", or nothing.
+std::string FaultIn(const Json::Value& document, std::string_view text) {
+    const auto fault = [&](const Json::Value& at, const std::string& what) {
+        return std::to_string(app::JsonLine(at, text)) + ": " + what;
+    };
     const Json::Value* groups = app::JsonMember(document, "groupmap");
     if (groups == nullptr || !groups->isObject()) {
-        return "no object with an object \"groupmap\"";
+        return fault(groups == nullptr ? document : *groups,
+                     "no object with an object \"groupmap\"");
     }
     for (const std::string& process : groups->getMemberNames()) {
         const std::string where = "process '" + app::ShowText(process) + "'";
-        if (!app::ParseInteger(process, 1, kMost)) {
-            return where + " is no positive number";
-        }
         const Json::Value& handles = (*groups)[process];
+        if (!app::ParseInteger(process, 1, kMost)) {
+            return fault(handles, where + " is no positive number");
+        }
         if (!handles.isObject()) {
-            return where + " is no object";
+            return fault(handles, where + " is no object");
         }
         for (const std::string& handle : handles.getMemberNames()) {
-            if (!app::ParseInteger(handle, 0, kMost) || !handles[handle].isString()) {
-                return where + ": '" + app::ShowText(handle) + "' is no number with a group's name";
+            const Json::Value& name = handles[handle];
+            if (!app::ParseInteger(handle, 0, kMost) || !name.isString()) {
+                return fault(name, where + ": '" + app::ShowText(handle) +
+                                       "' is no number with a group's name");
             }
         }
     }
@@ -97,15 +104,15 @@ class GroupsFile {
         version_ = VersionOf(file_);
         std::string text;
         std::string why;
-        if (!app::ReadFile(file_, app::kJsonLimitBytes, text, why)) {
+        if (!app::ReadRegularFile(file_, app::kJsonLimitBytes, text, why)) {
             return why;
         }
         const auto document = app::ParseJson(text, &why);
-        if (document) {
-            why = FaultIn(*document);
-        }
-        if (!document || !why.empty()) {
+        if (!document) {
             return file_ + ": " + why;
+        }
+        if (const std::string fault = FaultIn(*document, text); !fault.empty()) {
+            return file_ + ":" + fault;
         }
         text_ = std::make_shared<const std::string>(std::move(text));
         return {};

@@ -51,7 +51,10 @@ tcp::acceptor ListenTcp(boost::asio::io_context& context, const std::string& add
 }
 
 local::acceptor ListenLocal(boost::asio::io_context& context, const std::string& path) {
-    ::unlink(path.c_str());
+    struct stat found {};
+    if (::lstat(path.c_str(), &found) == 0 && S_ISSOCK(found.st_mode)) {
+        ::unlink(path.c_str());
+    }
     try {
         local::acceptor acceptor(context);
         acceptor.open();

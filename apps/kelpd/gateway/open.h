@@ -19,7 +19,8 @@ boost::asio::ip::tcp::acceptor ListenTcp(boost::asio::io_context& context,
                                          const std::string& file);
 
 /// Listens on a socket of mode 0600 at `path`, in the place of one that a killed process left;
-/// the caller holds the lock of the root. Throws Refusal (kAddress).
+/// the caller holds the lock of the root. Throws Refusal (kAddress), also when something else
+/// than a socket is there.
 boost::asio::local::stream_protocol::acceptor ListenLocal(boost::asio::io_context& context,
                                                           const std::string& path);
 

@@ -6,7 +6,9 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <thread>
 
 #include "kelp/log.h"
@@ -95,21 +97,13 @@ class Server {
     }
 
     int Run() {
-        std::vector<std::thread> running;
-        serving_ = threads_.size();
-        for (const auto& thread : threads_) {
-            running.emplace_back([this, &thread = *thread] {
-                thread.Run();
-                boost::asio::post(context_, [this] { Ended(); });
-            });
-        }
-        running.emplace_back([this] { health_threads_.front()->Run(); });
+        StartThreads();
         WaitForSignal();
         gateway_listener_.Start();
         health_listener_.Start();
         Announce();
         context_.run();
-        for (std::thread& thread : running) {
+        for (std::thread& thread : running_) {
             thread.join();
         }
         ::unlink(config_.health_socket.c_str());
@@ -118,6 +112,27 @@ class Server {
     }
 
   private:
+    void StartThreads() {
+        serving_ = threads_.size();
+        running_.reserve(threads_.size() + health_threads_.size());
+        try {
+            for (const auto& thread : threads_) {
+                running_.emplace_back([this, &thread = *thread] {
+                    thread.Run();
+                    boost::asio::post(context_, [this] { Ended(); });
+                });
+            }
+            running_.emplace_back([this] { health_threads_.front()->Run(); });
+        } catch (const std::system_error& e) {
+            const auto now = IoThread::Clock::now();
+            for (std::size_t i = 0; i < running_.size(); ++i) {
+                threads_[i]->Stop(now);
+                running_[i].join();
+            }
+            throw Refusal(kFailed, std::string("cannot start a thread: ") + e.code().message());
+        }
+    }
+
     void Announce() {
         if (tls_.days_left() < kWarnDays) {
             Warn("the certificate " + config_.certificate_file + " expires in " +
@@ -179,6 +194,7 @@ class Server {
     Service health_;
     Threads threads_;
     Threads health_threads_;
+    std::vector<std::thread> running_;
     std::size_t serving_ = 0;  // threads of the gateway that have not ended
     boost::asio::io_context context_{1};
     Listener<boost::asio::ip::tcp> gateway_listener_;
@@ -191,7 +207,9 @@ class Server {
 int Serve(const Config& config) {
     std::signal(SIGPIPE, SIG_IGN);
     // Whoever may write to one of these can put files of its own in the place of ours.
-    const auto parent = [](const std::string& file) { return file.substr(0, file.rfind('/')); };
+    const auto parent = [](const std::string& file) {
+        return std::filesystem::path(file).parent_path().string();
+    };
     for (const std::string& folder : {config.root, config.root + "/etc", parent(config.key_file),
                                       parent(config.ca_file), config.run_folder}) {
         RequireOwnFolder(folder);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <boost/asio/dispatch.hpp>
+#include <boost/asio/post.hpp>
 #include <cerrno>
 
 #include "kelpd/gateway/access_log.h"
@@ -16,6 +17,9 @@ constexpr std::chrono::milliseconds kHandshakeWhenStopping(1000);
 // A peer that goes on sending behind a refused request is heard out this far.
 constexpr std::size_t kMostDiscarded = std::size_t{4} << 20;
 constexpr std::string_view kContinueLine = "HTTP/1.1 100 Continue\r\n\r\n";
+// A peer that sends requests without a pause leaves its thread to others after so many steps;
+// an answered request takes two.
+constexpr int kStepsInATurn = 32;
 // A large answer's room is given back.
 constexpr std::size_t kKeptRoom = 65536;
 
@@ -81,7 +85,7 @@ void Session::Pump() {
     pumping_ = true;
     Io io = Io::kDone;
     try {
-        while (io == Io::kDone && !closed_) {
+        for (int steps = 0; io == Io::kDone && !closed_ && steps < kStepsInATurn; ++steps) {
             io = Step();
         }
     } catch (const std::exception& e) {
@@ -89,7 +93,12 @@ void Session::Pump() {
         Close();
     }
     pumping_ = false;
-    if (!closed_ && (io == Io::kWantRead || io == Io::kWantWrite)) {
+    if (closed_) {
+        return;
+    }
+    if (io == Io::kDone) {
+        boost::asio::post(thread_.context(), [self = shared_from_this()] { self->Pump(); });
+    } else if (io == Io::kWantRead || io == Io::kWantWrite) {
         Wait(io);
     }
 }

@@ -2,19 +2,13 @@
 
 #include <algorithm>
 
+#include "support/numbers.h"
+
 namespace kelpd {
 namespace {
 
 constexpr unsigned kMostDigits = 15;  // more than any limit of a body has
 constexpr std::size_t kMostSkipped = 4096;
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
 
 bool IsControl(char c) {
     const auto octet = static_cast<unsigned char>(c);
@@ -44,7 +38,7 @@ ChunkReader::State ChunkReader::Feed(std::string_view& octets, std::string& body
 }
 
 ChunkReader::State ChunkReader::TakeSize(char c) {
-    const int digit = HexDigit(c);
+    const int digit = app::HexDigit(c);
     if (digit >= 0) {
         size_ = size_ * 16 + static_cast<unsigned>(digit);
         return ++digits_ > kMostDigits ? State::kMalformed : State::kMore;

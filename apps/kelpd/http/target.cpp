@@ -1,17 +1,10 @@
 #include "kelpd/http/target.h"
 
+#include "support/numbers.h"
 #include "support/utf8.h"
 
 namespace kelpd {
 namespace {
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
 
 enum class PlusIs { kPlus, kBlank };
 
@@ -22,8 +15,8 @@ bool Decode(std::string_view text, PlusIs plus, std::string& decoded) {
         char c = text[i];
         if (c == '%') {
             const bool whole = text.size() - i > 2;
-            const int high = whole ? HexDigit(text[i + 1]) : -1;
-            const int low = whole ? HexDigit(text[i + 2]) : -1;
+            const int high = whole ? app::HexDigit(text[i + 1]) : -1;
+            const int low = whole ? app::HexDigit(text[i + 2]) : -1;
             if (high < 0 || low < 0) {
                 return false;
             }

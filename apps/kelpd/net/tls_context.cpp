@@ -24,8 +24,10 @@ void Verify(SSL_CTX* context, const Config& config) {
     const std::unique_ptr<X509_STORE_CTX, decltype(&X509_STORE_CTX_free)> check(
         X509_STORE_CTX_new(), X509_STORE_CTX_free);
     X509* const certificate = SSL_CTX_get0_certificate(context);
+    STACK_OF(X509)* chain = nullptr;  // of authorities between the two
+    SSL_CTX_get0_chain_certs(context, &chain);
     if (!check || X509_STORE_CTX_init(check.get(), SSL_CTX_get_cert_store(context), certificate,
-                                      nullptr) != 1) {
+                                      chain) != 1) {
         Fail(config.certificate_file);
     }
     X509_STORE_CTX_set_purpose(check.get(), X509_PURPOSE_SSL_SERVER);

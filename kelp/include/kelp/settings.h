@@ -66,7 +66,8 @@ class KELP_API Setting {
 
     // Replaces `subGroups` by the paths of the groups directly within `group`, sorted, each
     // with a slash at its end so that a parameter's name can be appended:
-    // "/kelp/sac/services/nemgr/". The slash at the end of `group` may be left out.
+    // "/kelp/sac/services/nemgr/". The slash at the end of `group` may be left out. A group in
+    // which no parameter stands, however deep, is none.
     //
     // Result: 0, also when the group holds parameters only; otherwise one of SettingCode, and
     // `subGroups` is as it was.

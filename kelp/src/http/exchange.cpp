@@ -29,6 +29,15 @@ bool Begins(std::string_view line, std::string_view with) {
     return line.size() >= with.size() && ::strncasecmp(line.data(), with.data(), with.size()) == 0;
 }
 
+// Chunks say where a body ends; other codings leave that to the connection's end.
+bool IsChunked(std::string_view line) {
+    constexpr std::string_view kName = "Transfer-Encoding:";
+    constexpr std::string_view kChunked = "chunked";
+    return Begins(line, kName) &&
+           std::search(line.begin() + kName.size(), line.end(), kChunked.begin(), kChunked.end(),
+                       [](char a, char b) { return (a | 0x20) == b; }) != line.end();
+}
+
 // An answer may come after interim ones, each with header lines of its own.
 void Note(std::string_view line, Outcome& outcome) {
     if (Begins(line, "HTTP/")) {
@@ -36,7 +45,7 @@ void Note(std::string_view line, Outcome& outcome) {
         outcome.framed = false;
     } else if (line == "\r\n" || line == "\n") {
         outcome.ended_headers = true;
-    } else if (Begins(line, "Content-Length:") || Begins(line, "Transfer-Encoding:")) {
+    } else if (Begins(line, "Content-Length:") || IsChunked(line)) {
         outcome.framed = true;
     }
 }
@@ -73,6 +82,13 @@ std::size_t OnBody(char* octets, std::size_t, std::size_t count, void* course_po
     return count;
 }
 
+// Of the request, on all the connections that it went out on.
+bool AnOctetLeft(CURL* easy) {
+    long sent = 0;
+    curl_easy_getinfo(easy, CURLINFO_REQUEST_SIZE, &sent);
+    return sent > 0;
+}
+
 // Called when a connection stands and the request is about to go out. The transfer library
 // sends a request again, on a new connection, when a kept one turns out to be closed and no
 // octet of an answer came. Reading twice is harmless. Anything else may have been done already,
@@ -82,10 +98,8 @@ int OnIssue(void* course_pointer, char*, char*, int, int) {
     if (++course.outcome.issued == 1 || course.method == Method::kGet) {
         return CURL_PREREQFUNC_OK;
     }
-    long sent = 0;
-    curl_easy_getinfo(course.easy, CURLINFO_REQUEST_SIZE, &sent);
-    course.outcome.not_repeated = sent > 0;
-    return sent > 0 ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+    course.outcome.not_repeated = AnOctetLeft(course.easy);
+    return course.outcome.not_repeated ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
 }
 
 struct FreeList {
@@ -180,6 +194,7 @@ Outcome Perform(Handle& handle, Method method, const std::string& url,
     // The transfer library counts in whole milliseconds and from a little earlier.
     course.outcome.in_full =
         base::SystemMonotonicNs() - began >= (timeout_ms - 50) * base::kMillisecond;
+    course.outcome.left = AnOctetLeft(easy);
     curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &course.outcome.verified);
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &answer.lStatusCode);
     // These two statuses have no body, whatever the header lines say.

@@ -21,6 +21,7 @@ struct Outcome {
     bool too_large = false;      // more than the limit came
     bool no_memory = false;      // the answer could not be kept
     bool not_repeated = false;   // the request would have been sent twice
+    bool left = false;           // an octet of the request left, on whichever connection
     bool in_full = false;        // the whole time-out has passed
 
     /// A connection that ends is no end of an answer: whoever cuts the line can make one.

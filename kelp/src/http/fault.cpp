@@ -9,6 +9,8 @@ namespace {
 
 using namespace UFHTTPMSGMGR;
 
+constexpr Fault kNoAnswer = {HTTP_ERR_NO_ANSWER, "the server closed without an answer"};
+
 struct ResultRow {
     CURLcode result;
     Fault fault;
@@ -24,7 +26,7 @@ const ResultRow kResults[] = {
      {HTTP_ERR_CREDENTIALS, "the client's certificate or key cannot be used"}},
     {CURLE_SEND_ERROR, {HTTP_ERR_SEND, "the request could not be sent"}},
     {CURLE_SEND_FAIL_REWIND, {HTTP_ERR_SEND, "the request could not be sent"}},
-    {CURLE_GOT_NOTHING, {HTTP_ERR_NO_ANSWER, "the server closed without an answer"}},
+    {CURLE_GOT_NOTHING, kNoAnswer},
     {CURLE_PARTIAL_FILE, {HTTP_ERR_CUT, "the answer was cut"}},
     {CURLE_FILESIZE_EXCEEDED, {HTTP_ERR_TOO_LARGE, "the answer is larger than the limit"}},
     {CURLE_BAD_CONTENT_ENCODING, {HTTP_ERR_MALFORMED, "the answer is wrongly compressed"}},
@@ -83,9 +85,7 @@ Fault TimeoutOf(const Outcome& outcome) {
                            : Fault{HTTP_ERR_STALLED, "next to nothing was transferred"};
 }
 
-}  // namespace
-
-Fault FaultOf(const Outcome& outcome, std::string_view words) {
+Fault LastFaultOf(const Outcome& outcome, std::string_view words) {
     if (outcome.too_large) {
         return {HTTP_ERR_TOO_LARGE, "the answer is larger than the limit"};
     }
@@ -93,7 +93,7 @@ Fault FaultOf(const Outcome& outcome, std::string_view words) {
         return {HTTP_ERR_NO_MEMORY, "no memory for the answer"};
     }
     if (outcome.not_repeated) {
-        return {HTTP_ERR_NO_ANSWER, "the server closed without an answer"};
+        return kNoAnswer;
     }
     if (outcome.result == CURLE_OPERATION_TIMEDOUT) {
         return TimeoutOf(outcome);
@@ -117,8 +117,7 @@ Fault FaultOf(const Outcome& outcome, std::string_view words) {
         if (words.find("chunked-encoding") != std::string_view::npos) {
             return {HTTP_ERR_MALFORMED, "the answer is wrongly chunked"};
         }
-        return outcome.answered ? Fault{HTTP_ERR_CUT, "the answer was cut"}
-                                : Fault{HTTP_ERR_NO_ANSWER, "the server closed without an answer"};
+        return outcome.answered ? Fault{HTTP_ERR_CUT, "the answer was cut"} : kNoAnswer;
     }
     for (const ResultRow& row : kResults) {
         if (row.result == outcome.result) {
@@ -126,6 +125,16 @@ Fault FaultOf(const Outcome& outcome, std::string_view words) {
         }
     }
     return {HTTP_ERR_OTHER, "the exchange failed"};
+}
+
+}  // namespace
+
+Fault FaultOf(const Outcome& outcome, std::string_view words) {
+    const Fault fault = LastFaultOf(outcome, words);
+    // A kept connection was closed on the request, and no other one came about. That must not
+    // read as if the server had never got it: who is told so may well send it again.
+    const bool reads_as_unsent = fault.code < HTTP_ERR_TIMEOUT;
+    return outcome.left && reads_as_unsent ? kNoAnswer : fault;
 }
 
 }  // namespace kelp::http

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <charconv>
-#include <cstdlib>
 #include <string_view>
 #include <system_error>
 
@@ -12,6 +11,7 @@
 #include "base/mutex.h"
 #include "kelp/http.h"
 #include "settings/configuration.h"
+#include "settings/installation_root.h"
 
 namespace kelp::http {
 namespace {
@@ -137,7 +137,6 @@ std::vector<std::string> ChannelNames(const Configuration& configuration) {
 struct Latest {
     Mutex mutex;
     std::shared_ptr<const Options> options KELP_GUARDED_BY(mutex);
-    std::shared_ptr<const Configuration> configuration KELP_GUARDED_BY(mutex);
     std::string root KELP_GUARDED_BY(mutex);
     std::int64_t looked_at KELP_GUARDED_BY(mutex) = 0;
 };
@@ -181,22 +180,20 @@ Options ReadOptions(const Configuration& configuration) {
 
 std::shared_ptr<const Options> CurrentOptions() {
     Latest& latest = TheLatest();
-    const char* const variable = std::getenv("OSS_ROOT");  // NOLINT(concurrency-mt-unsafe)
-    const std::string_view root = variable == nullptr ? "" : variable;
+    const std::string root = settings::InstallationRoot();
     MutexLock lock(latest.mutex);
     const std::int64_t now = base::SystemMonotonicNs();
     if (latest.options != nullptr && latest.options->code == 0 && latest.root == root &&
         now - latest.looked_at < base::kSecond) {
         return latest.options;
     }
-    const auto configuration = Configuration::Current();
-    auto fresh = std::make_shared<Options>(ReadOptions(*configuration));
-    if (latest.options == nullptr || latest.root != root || fresh->code != 0 ||
-        latest.configuration != configuration || latest.options->files != fresh->files) {
+    // The file holds other services' settings as well: what ends the kept connections is a
+    // change of what they stand on.
+    auto fresh = std::make_shared<const Options>(ReadOptions(*Configuration::Current()));
+    if (latest.options == nullptr || latest.root != root || *latest.options != *fresh) {
         latest.options = std::move(fresh);
-        latest.configuration = configuration;
-        latest.root = root;
     }
+    latest.root = root;
     latest.looked_at = now;
     return latest.options;
 }

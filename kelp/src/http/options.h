@@ -30,6 +30,8 @@ struct Limits {
     std::int64_t low_speed_s = 60;
     std::int64_t idle_connections = 64;
     std::int64_t idle_s = 60;  // then a kept connection is not used any more
+
+    bool operator==(const Limits&) const = default;
 };
 
 /// immutable
@@ -41,6 +43,8 @@ struct Options {
     Limits limits;
     std::vector<std::uint64_t> files;  // identities of all TLS files
 
+    bool operator==(const Options&) const = default;
+
     const TlsFiles& ForChannel(std::string_view channel) const {
         const auto found = channels.find(channel);
         return found == channels.end() ? tls : found->second;
@@ -50,8 +54,8 @@ struct Options {
 /// What `configuration` says. Files are looked at, not opened.
 Options ReadOptions(const settings::Configuration& configuration);
 
-/// What the environment and the files say. The same object as long as nothing changes, which
-/// is looked for at most once a second: whoever holds an older one holds what is replaced.
+/// What the environment and the files say. The same object as long as nothing of it changes,
+/// which is looked for at most once a second: whoever holds an older one holds what is replaced.
 /// thread-safe.
 std::shared_ptr<const Options> CurrentOptions();
 

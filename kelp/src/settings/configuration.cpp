@@ -9,6 +9,8 @@
 #include <json/value.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "base/mutex.h"
@@ -66,7 +68,13 @@ std::shared_ptr<const Configuration> Configuration::Current() {
 void Configuration::Read() {
     if (root_.empty()) {
         state_ = State::kNoRoot;
-        why_ = "OSS_ROOT is not set";
+        why_ = kRootIsNotSet;
+        return;
+    }
+    struct stat folder {};
+    if (::stat(root_.c_str(), &folder) != 0) {
+        state_ = State::kNoFile;
+        why_ = root_ + ": " + std::generic_category().message(errno) + ": " + kMakeARoot;
         return;
     }
     SecretJson file;

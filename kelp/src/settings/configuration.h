@@ -4,7 +4,7 @@
 //     const std::string* url = configuration->Text("gateway/baseUrl");
 //
 // The file's tree is laid flat: the text or number of member "baseUrl" of member "gateway"
-// has the name "gateway/baseUrl". Names with a '/' in them and null values are refused.
+// has the name "gateway/baseUrl". Empty names and names with a '/' in them are refused.
 //
 // immutable; Current() is thread-safe. It looks at every call whether the file is another
 // one than before and reads it only then.
@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>

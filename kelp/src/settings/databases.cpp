@@ -80,7 +80,7 @@ int ReadDatabase(const std::string& name, DatabaseInfo& info, std::string& why) 
     using namespace KELPcommonWrap;
     const std::string path = ConfigurationPath();
     if (path.empty()) {
-        why = "OSS_ROOT is not set";
+        why = kRootIsNotSet;
         return SYSCONF_ERR_NO_ROOT;
     }
     SecretJson file;

@@ -11,8 +11,9 @@ std::string GetPackageRelativePath(const std::string& root, const std::string& r
     if (path.empty()) {
         path = kelp::settings::InstallationRoot();
         if (path.empty()) {
-            LogProcess::Warn("[settings] OSS_ROOT is not set: there is no package " + relative,
-                             LocationInfo("settings", "GetPackageRelativePath", 0));
+            LogProcess::Warn(
+                "[settings] there is no package " + relative + ": " + kelp::settings::kRootIsNotSet,
+                LocationInfo("settings", "GetPackageRelativePath", 0));
             return {};
         }
     }

@@ -10,9 +10,9 @@ from support.kelpd import KelpdTest, run_kelpd
 
 
 class RefusalsTest(KelpdTest):
-    def refused(self, status, *parts, env=None, limit=None):
+    def refused(self, status, *parts, env=None):
         env = {"OSS_ROOT": self.root.oss} if env is None else env
-        found, out, err = run_kelpd("run", env=env, limit=limit)
+        found, out, err = run_kelpd("run", env=env)
         self.assertEqual((found, out), (status, ""), err)
         self.assertEqual(err.count("\n"), 1, err)
         self.assertTrue(err.startswith("kelpd: "), err)
@@ -47,11 +47,46 @@ class RefusalsTest(KelpdTest):
                 ('"gateway.listen" is no IPv4 or IPv6 address',
                  json.dumps({**good, "gateway": {"listen": "localhost"}})),
                 ('"tls.ca" is no text', json.dumps({**good, "tls": {"ca": 1}})),
+                ('"tls.serverKey" is empty', json.dumps({**good, "tls": {"serverKey": ""}})),
+                ('"health.socket" is empty', json.dumps({**good, "health": {"socket": ""}})),
                 ('"limits.stopMs" is no', json.dumps({**good, "limits": {"stopMs": 10000}}))):
             with self.subTest(part):
-                with open(self.root.path("etc", "kelp.json"), "wb") as file:
-                    file.write(text if isinstance(text, bytes) else text.encode())
+                self.write_settings(text)
+                self.refused(3, self.root.path("etc", "kelp.json") + ":", part)
+
+    def write_settings(self, text):
+        with open(self.root.path("etc", "kelp.json"), "wb") as file:
+            file.write(text if isinstance(text, bytes) else text.encode())
+
+    # Where an editor has to be pointed at.
+    def test_lines_of_what_is_malformed(self):
+        for line, text in (
+                (3, '{\n"gateway": {},\n"limits": []\n}'),
+                (4, '{"gateway": {\n"threads": 1,\n\n"port": 0}}'),
+                (2, '{"limits":\n{"idelMs": 1}}'),
+                (3, '{"gateway": {\n"threads": 1,\n"listen": "localhost"}}'),
+                (2, '{"tls":\n{"ca": 1}}'),
+                (2, '{"tls":\n{"ca": ""}}')):
+            with self.subTest(text):
+                self.write_settings(text)
+                self.refused(3, self.root.path("etc", "kelp.json") + f":{line}: ")
+        for part, text in (("line 2", b'{\n"a": "\xff"}'), ("line 3", '{\n\n/**/}'),
+                           ("Line 3", '{"a": 1,\n"b": 2,\n}'), ("line 2", '{\n"a": "\\ude00"}')):
+            with self.subTest(text):
+                self.write_settings(text)
                 self.refused(3, self.root.path("etc", "kelp.json") + ": ", part)
+        self.write_settings("{}")
+        self.root.write_groups('{"groupmap": {\n"1": {"1": "g"},\n"2": {"1":\n7}}}')
+        self.refused(3, self.root.path("etc", "rest_groups.json") + ":4: process '2': '1' is no")
+
+    # What would have to be waited for is refused as well.
+    def test_pipes_in_the_place_of_files(self):
+        for name, status in (("rest_groups.json", 3), ("kelp.json", 3), ("ssl/server.key", 5)):
+            path = self.root.path("etc", name)
+            os.rename(path, path + ".aside")
+            os.mkfifo(path)
+            self.refused(status, f"{path}: no regular file")
+            os.rename(path + ".aside", path)
 
     def test_rest_groups(self):
         for part, text in (
@@ -66,7 +101,7 @@ class RefusalsTest(KelpdTest):
                 ("malformed JSON", '{"groupmap": {"1": {}, "1": {}}}')):
             with self.subTest(part):
                 self.root.write_groups(text)
-                self.refused(3, "rest_groups.json: ", part)
+                self.refused(3, "rest_groups.json:", part)
         os.unlink(self.root.path("etc", "rest_groups.json"))
         self.refused(3, "rest_groups.json: No such file")
 
@@ -82,6 +117,10 @@ class RefusalsTest(KelpdTest):
         self.root.change("gateway", listen="127.0.0.1")
         self.root.change("health", socket="var/run/" + "x" * 200)
         self.refused(4, "health.socket")
+        # What is no socket is not the leaving of a killed daemon.
+        self.root.change("health", socket="etc/rest_groups.json")
+        self.refused(4, "rest_groups.json: Address already in use", "health.socket")
+        self.assertTrue(os.path.exists(self.root.path("etc", "rest_groups.json")))
 
     def test_keys(self):
         key = self.root.ssl("server.key")

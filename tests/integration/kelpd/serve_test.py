@@ -71,6 +71,42 @@ class ServeTest(KelpdTest):
                 connection.sendall(get())
                 read_answer(connection)
 
+    def issue(self, name, issuer, extensions):
+        """A certificate that `issuer` signs, or its own key when that is none."""
+        files = {end: self.root.ssl(f"{name}.{end}") for end in ("key", "csr", "crt", "ext")}
+        with open(files["ext"], "w", encoding="ascii") as file:
+            file.write(extensions)
+        subprocess.run(["openssl", "req", "-new", "-newkey", "ec", "-pkeyopt",
+                        "ec_paramgen_curve:P-256", "-nodes", "-keyout", files["key"], "-out",
+                        files["csr"], "-subj", "/CN=" + name], check=True, capture_output=True)
+        signer = (["-CA", self.root.ssl(issuer + ".crt"), "-CAkey",
+                   self.root.ssl(issuer + ".key")] if issuer else ["-signkey", files["key"]])
+        subprocess.run(["openssl", "x509", "-req", "-in", files["csr"], *signer, "-days", "3",
+                        "-extfile", files["ext"], "-out", files["crt"]],
+                       check=True, capture_output=True)
+        os.chmod(files["key"], 0o600)
+
+    # An authority between the root's and the gateway's own: its file holds both certificates.
+    def test_certificate_with_a_chain(self):
+        self.issue("top", None, "basicConstraints=critical,CA:TRUE\n")
+        self.issue("middle", "top", "basicConstraints=critical,CA:TRUE\n")
+        self.issue("leaf", "middle", "subjectAltName=IP:127.0.0.1\nextendedKeyUsage=serverAuth\n")
+        self.issue("client", "top", "extendedKeyUsage=clientAuth\n")
+        self.root.change("tls", ca="etc/ssl/top.crt", serverCertificate="etc/ssl/leaf.crt",
+                         serverKey="etc/ssl/leaf.key")
+        status, _, errors = run_kelpd("run", env={"OSS_ROOT": self.root.oss})
+        self.assertEqual(status, 5)
+        self.assertIn("leaf.crt is of no use: unable to get local issuer certificate", errors)
+        with open(self.root.ssl("middle.crt"), encoding="ascii") as middle:
+            with open(self.root.ssl("leaf.crt"), "a", encoding="ascii") as leaf:
+                leaf.write(middle.read())
+        self.serve()
+        context = ssl.create_default_context(cafile=self.root.ssl("top.crt"))
+        context.load_cert_chain(self.root.ssl("client.crt"), self.root.ssl("client.key"))
+        with self.root.connect(context) as connection:
+            connection.sendall(get())
+            self.assertEqual(read_answer(connection)[0], 200)
+
     def test_answers_of_one_connection(self):
         self.serve()
         with self.root.connect() as connection:
@@ -125,7 +161,7 @@ class ServeTest(KelpdTest):
         self.until("complaint", lambda: self.curl(GROUPS) and
                    "stay as they were" in self.root.log())
         self.assertIn('"g"', self.curl(GROUPS).stdout)
-        self.assertIn("rest_groups.json: process '7': '0' is no number with a group's name",
+        self.assertIn("rest_groups.json:1: process '7': '0' is no number with a group's name",
                       self.root.log())
 
     def test_access_log(self):

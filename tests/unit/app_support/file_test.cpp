@@ -1,6 +1,7 @@
 #include "support/file.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <fstream>
 
@@ -27,6 +28,33 @@ TEST(ReadFile, ReadsUpToItsLimitAndNamesWhatItCannotRead) {
     EXPECT_THAT(why, HasSubstr("Is a directory"));
     EXPECT_FALSE(app::ReadFile("/dev/zero", 100000, out, why));
     EXPECT_THAT(why, HasSubstr("larger than"));
+}
+
+// What may keep its reader waiting for ever is not even read.
+TEST(ReadRegularFile, ReadsNothingElse) {
+    const TempFolder folder;
+    std::ofstream(folder.Path("ten")) << "0123456789";
+    ASSERT_EQ(::mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+    std::string out = "before";
+    std::string why;
+    EXPECT_TRUE(app::ReadRegularFile(folder.Path("ten"), 10, out, why)) << why;
+    EXPECT_EQ(out, "0123456789");
+    const struct {
+        std::string path;
+        std::string why;
+    } cases[] = {
+        {folder.Path("pipe"), "no regular file"},
+        {"/dev/zero", "no regular file"},
+        {folder.Path(), "Is a directory"},
+        {folder.Path("none"), "No such file or directory"},
+        {"-", "No such file or directory"},
+    };
+    for (const auto& c : cases) {
+        out = "before";
+        EXPECT_FALSE(app::ReadRegularFile(c.path, 10, out, why)) << c.path;
+        EXPECT_EQ(why, c.path + ": " + c.why);
+        EXPECT_EQ(out, "") << c.path;
+    }
 }
 
 }  // namespace

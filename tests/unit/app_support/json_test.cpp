@@ -37,8 +37,21 @@ TEST(ParseJson, AcceptsOneStrictDocumentAndNothingElse) {
         {"block comment", "[1 /* no */]", "a comment"},
         {"single quotes", "{'a':1}", "malformed JSON"},
         {"not a number", "NaN", "malformed JSON"},
-        {"lone surrogate", R"("\ud800")", "malformed JSON"},
-        {"not UTF-8", "\"a\xff\"", "not UTF-8 at byte 2"},
+        {"lone high half", R"("\ud800")", "half a character is escaped at byte 1, line 1"},
+        {"lone low half", "[\n\"\\ude00\"]", "half a character is escaped at byte 3, line 2"},
+        {"in a name", R"({"\ude00": 1})", "half a character is escaped at byte 2"},
+        {"low half behind a character", R"("\ud38d\ude00")",
+         "half a character is escaped at byte 7"},
+        {"high half before a character", R"("\ud83d\u0041")",
+         "half a character is escaped at byte 1"},
+        {"high half twice", R"("\ud83d\ud83d\ude00")", "half a character is escaped at byte 1"},
+        {"high half at the end", R"("\ud83d)", "half a character is escaped"},
+        {"half of a half", R"("\ud83)", "malformed JSON"},
+        {"both halves", R"("\ud83d\uDE00")", nullptr},
+        {"the same behind a backslash", R"("\\ude00")", nullptr},
+        {"not UTF-8", "\"a\xff\"", "not UTF-8 at byte 2, line 1"},
+        {"control character", "[1,\n\"a\x01\"]",
+         "a control character inside a text at byte 6, line 2"},
         {"60 levels", Nested(60), nullptr},
         {"1100 levels", Nested(1100), "malformed JSON"},
         {"a million levels", Nested(500000), "malformed JSON"},
@@ -78,6 +91,15 @@ TEST(JsonMembers, AreReadWithoutExceptions) {
     ASSERT_TRUE(list);
     EXPECT_EQ(app::JsonText(*list, "text"), std::nullopt);
     EXPECT_EQ(app::JsonMember(*list, "text"), nullptr);
+}
+
+TEST(JsonLine, IsWhereTheValueBegins) {
+    const std::string text = "{\"a\":\n 1,\n\n \"b\": {\n}}";
+    const auto value = app::ParseJson(text, nullptr);
+    ASSERT_TRUE(value);
+    EXPECT_EQ(app::JsonLine(*value, text), 1U);
+    EXPECT_EQ(app::JsonLine((*value)["a"], text), 2U);
+    EXPECT_EQ(app::JsonLine((*value)["b"], text), 4U);
 }
 
 TEST(JsonNumberText, IsWhatStoodThere) {

@@ -371,9 +371,10 @@ TEST_F(PlatformTable, WithoutARootOneLineSaysSo) {
     unsetenv("OSS_ROOT");
     CapturedLog log;
     EXPECT_THAT(CEndeCode().findDesc(1100), IsEmpty());
-    EXPECT_THAT(
-        log.Texts(),
-        ElementsAre("[settings] OSS_ROOT is not set: there is no package rtsp/DRKFrame", End(0)));
+    EXPECT_THAT(log.Texts(),
+                ElementsAre("[settings] there is no package rtsp/DRKFrame: OSS_ROOT is not set: "
+                            "run 'kelpd init DIR' and export what it prints",
+                            End(0)));
 }
 
 // ---- the example

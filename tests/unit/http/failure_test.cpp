@@ -1,5 +1,6 @@
 // Each way in which an exchange fails has its code, leaves nothing in the answer, and is
 // logged with its reason.
+#include <chrono>
 #include <string>
 
 #include "unit/http/fixture.h"
@@ -68,6 +69,7 @@ TEST_F(HttpFailure, WithinTheExchange) {
         {"good", "/cut-chunk", HTTP_ERR_CUT, "the answer was cut"},
         {"good", "/cut-header", HTTP_ERR_CUT, "the answer was cut"},
         {"good", "/to-the-end", HTTP_ERR_CUT, "does not say where it ends"},
+        {"good", "/identity", HTTP_ERR_CUT, "does not say where it ends"},
         {"good", "/to-the-end-torn", HTTP_ERR_CUT, "does not say where it ends"},
         {"good", "/endless", HTTP_ERR_TOO_LARGE, "larger than the limit"},
         {"good", "/endless-header", HTTP_ERR_TOO_LARGE, "larger than the limit"},
@@ -102,6 +104,32 @@ TEST_F(HttpFailure, TimeOut) {
     ExpectFailure({"good", "/hang", HTTP_ERR_TIMEOUT, "the time-out has passed", 1});
     ExpectFailure({"good", "/drip", HTTP_ERR_TIMEOUT, "the time-out has passed", 1});
     ExpectFailure({"silent", "/", HTTP_ERR_CONNECT_TIMEOUT, "no connection in time", 1});
+}
+
+// A deadline comes neither early nor late.
+TEST_F(HttpFailure, InTime) {
+    using Clock = std::chrono::steady_clock;
+    using std::chrono::milliseconds;
+    const struct {
+        const char* settings;
+        const char* line;
+        const char* path;
+        int timeout_s;
+        milliseconds expected;
+    } rows[] = {
+        {kShort, "silent", "/", 20, milliseconds(700)},
+        {kShort, "good", "/hang", 20, milliseconds(1000)},
+        {"", "good", "/hang", 1, milliseconds(1000)},
+        {"", "good", "/drip", 1, milliseconds(1000)},
+    };
+    for (const auto& row : rows) {
+        const Installation installation(TheServer().Settings(row.settings));
+        const Clock::time_point began = Clock::now();
+        EXPECT_NE(Get(TheServer().Url(row.line, row.path), row.timeout_s), 0) << row.path;
+        const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - began);
+        EXPECT_GE(took.count(), row.expected.count() - 50) << row.line << row.path;
+        EXPECT_LE(took.count(), row.expected.count() + 1000) << row.line << row.path;
+    }
 }
 
 TEST_F(HttpFailure, NobodyThere) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -133,6 +134,30 @@ TEST_F(HttpReuse, PostAndPutAreNot) {
     }
 }
 
+// Nobody is there to send it to again. It has left all the same: the caller must not be told
+// that it has not.
+TEST_F(HttpReuse, ServerDiesOnARequest) {
+    using Send = int (HttpReuse::*)(const std::string&, int);
+    for (const Send send : {Send(&HttpReuse::Get), Send(&HttpReuse::Post), Send(&HttpReuse::Put)}) {
+        Warm();
+        EXPECT_EQ((this->*send)(Good("/last"), 20), HTTP_ERR_NO_ANSWER);
+        EXPECT_EQ(Counts().requests, m_warm.requests + 1);
+        EXPECT_EQ((this->*send)(Good("/body"), 20), HTTP_ERR_CONNECT);
+        ASSERT_EQ(TheServer().Command("start good"), "ok");
+    }
+}
+
+// What comes behind the end of an answer belongs to no other one.
+TEST_F(HttpReuse, AnswerIsLongerThanItSays) {
+    Warm();
+    EXPECT_EQ(Get(Good("/excess")), 0);
+    EXPECT_EQ(m_rsp.strRspBody, "{}");
+    TheServer().SetBody("of its own");
+    EXPECT_EQ(Get(Good("/body")), 0);
+    EXPECT_EQ(m_rsp.strRspBody, "of its own");
+    EXPECT_EQ(Counts().connections, m_warm.connections + 1);
+}
+
 // An answer that began and was cut has been heard: not even a GET is sent again.
 TEST_F(HttpReuse, CutAnswer) {
     Warm();
@@ -162,6 +187,19 @@ TEST_F(HttpReuse, FilesAreReplaced) {
     EXPECT_TRUE(Eventually([&] { return Get(Good("/body")) == HTTP_ERR_CERT_UNKNOWN_CA; }));
     m_installation.Configure(TheServer().Settings());
     EXPECT_TRUE(Eventually([&] { return Get(Good("/body")) == 0; }));
+}
+
+// The file of the settings is everybody's: a change that is not of HTTP ends no connection.
+// It is looked at once a second.
+TEST_F(HttpReuse, OtherSettingsChange) {
+    using Clock = std::chrono::steady_clock;
+    Warm();
+    const auto end = Clock::now() + std::chrono::milliseconds(1500);
+    for (int i = 0; Clock::now() < end; ++i) {
+        m_installation.Configure(TheServer().Settings(", \"others\": " + std::to_string(i)));
+        ASSERT_EQ(Get(Good("/body")), 0);
+    }
+    EXPECT_EQ(Counts().connections, m_warm.connections);
 }
 
 // A server whose certificate is another one now is verified anew.

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 
+#include <atomic>
 #include <boost/asio/post.hpp>
 #include <future>
 #include <thread>
@@ -67,13 +68,31 @@ class SessionTest : public testing::Test {
         return Get(target, "Connection: close\r\n");
     }
 
+    std::atomic<int> now_{0};
+    std::atomic<int> now_at_mark_{-1};
+    std::promise<void> held_;
+    std::promise<void> release_;
     std::promise<Responder> kept_;
     std::future<Responder> keeper_ = kept_.get_future();
     Metrics metrics_;
     Service service_{
         Limits(),
         Router({{"GET", "/now",
-                 [](const Request&, Responder r) { r.Send(Response::Text(200, "now")); }},
+                 [this](const Request&, Responder r) {
+                     ++now_;
+                     r.Send(Response::Text(200, "now"));
+                 }},
+                {"GET", "/hold",
+                 [this](const Request&, Responder r) {
+                     held_.set_value();
+                     release_.get_future().wait();
+                     r.Send(Response::Text(200, "held"));
+                 }},
+                {"GET", "/mark",
+                 [this](const Request&, Responder r) {
+                     now_at_mark_ = now_.load();
+                     r.Send(Response::Text(200, "marked"));
+                 }},
                 {"GET", "/later",
                  [this](const Request&, Responder r) { kept_.set_value(std::move(r)); }},
                 {"GET", "/never", [](const Request&, const Responder&) {}},
@@ -110,6 +129,24 @@ TEST_F(SessionTest, RequestWithoutAnAnswerIsAnsweredAllTheSame) {
         EXPECT_THAT(all, HasSubstr("\r\n\r\nnow")) << target;
         EXPECT_THAT(all, testing::Not(HasSubstr("broken"))) << target;
     }
+}
+
+// A thousand requests are there, and a client comes while the first of them is worked on: it
+// does not wait for the other ones.
+TEST_F(SessionTest, OneClientDoesNotKeepTheThread) {
+    const auto flood = Connect();
+    std::string requests = Get("/hold");
+    for (int i = 0; i < 1000; ++i) {
+        requests += Get("/now");
+    }
+    Send(flood, requests);
+    held_.get_future().wait();
+    const auto client = Connect();
+    Send(client, LastGet("/mark"));
+    release_.set_value();
+    ReadToEnd(client);
+    EXPECT_LE(now_at_mark_, 100);
+    EXPECT_GT(now_at_mark_, 0);
 }
 
 TEST_F(SessionTest, AnswerIsDeliveredAfterTheStopBegan) {

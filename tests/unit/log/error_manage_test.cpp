@@ -18,6 +18,7 @@
 #include "secure/fault.h"
 #include "support/captured_log.h"
 #include "support/environment.h"
+#include "support/failing_new.h"
 #include "support/temp_folder.h"
 
 namespace FrameUtil {
@@ -299,6 +300,31 @@ TEST_F(ErrorManageTest, TextsLockThatCannotBeTaken) {
     errno = 0;
     EXPECT_EQ(Errors().AppendError("e8", error), 0u) << "nothing was unlocked that was not locked";
     EXPECT_EQ(errno, 0);
+}
+
+// The first allocation is the handle, the second what is behind it.
+TEST_F(ErrorManageTest, HandleWithoutAnythingBehindIt) {
+    RegisterWhole("e10");
+    ErrorManage::Destroy();
+    {
+        const FailNthAllocation failing(1);
+        EXPECT_THROW(ErrorManage::Instance(), std::bad_alloc);
+    }
+    {
+        const FailNthAllocation failing(2);
+        EXPECT_NE(ErrorManage::Instance(), nullptr);
+        EXPECT_TRUE(failing.Fired());
+    }
+    Json::Value error("as it was");
+    EXPECT_FALSE(Errors().InitRes(m_folder.Path("errors.res")));
+    EXPECT_EQ(Errors().AppendError("e10", error), 0u);
+    EXPECT_EQ(Errors().AppendError("", error), 0u);
+    EXPECT_EQ(Errors().FormatAttr("e10", ERROR_ATTR_DESC), 0u);
+    EXPECT_EQ(error, Json::Value("as it was"));
+    EXPECT_THAT(m_log.Texts(), IsEmpty());
+    ErrorManage::Destroy();
+    EXPECT_EQ(Errors().AppendError("e10", error), 0u);
+    EXPECT_EQ(error, Texts("D", "T", "R", "A"));
 }
 
 // Eight threads find, miss, format and register at once.

@@ -118,7 +118,8 @@ TEST(Databases, WithoutAFileOrARoot) {
     ::unsetenv("OSS_ROOT");
     const CapturedLog log;
     EXPECT_EQ(Read("MCDB", info), SYSCONF_ERR_NO_ROOT);
-    EXPECT_THAT(log.Texts(), ElementsAre("[settings] database MCDB: OSS_ROOT is not set"));
+    EXPECT_THAT(log.Texts(), ElementsAre("[settings] database MCDB: OSS_ROOT is not set: run "
+                                         "'kelpd init DIR' and export what it prints"));
 }
 
 // Passwords in a file that others can read are known to others: nothing is read from it.

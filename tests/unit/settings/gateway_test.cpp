@@ -63,10 +63,21 @@ TEST(Gateway, WithoutARootOrAFile) {
                                              installation.File() + ": No such file or directory"));
     }
     const Installation installation;
+    const std::string missing = installation.Path("missing");
+    ::setenv("OSS_ROOT", missing.c_str(), 1);
+    {
+        const CapturedLog log;
+        EXPECT_EQ(GetIRBaseURL(), "");
+        EXPECT_THAT(log.Texts(),
+                    ElementsAre("[settings] there is no gateway: " + missing +
+                                ": No such file or directory: run 'kelpd init DIR' to make an "
+                                "installation root"));
+    }
     ::unsetenv("OSS_ROOT");
     const CapturedLog log;
     EXPECT_EQ(GetIRBaseURL(), "");
-    EXPECT_THAT(log.Texts(), ElementsAre("[settings] there is no gateway: OSS_ROOT is not set"));
+    EXPECT_THAT(log.Texts(), ElementsAre("[settings] there is no gateway: OSS_ROOT is not set: run "
+                                         "'kelpd init DIR' and export what it prints"));
 }
 
 // A changed file counts from the next call on, and so does a mended one.

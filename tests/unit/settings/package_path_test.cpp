@@ -84,9 +84,10 @@ TEST_F(PackagePath, WithoutARootItIsEmptyAndAWarningSaysWhy) {
         }
         CapturedLog log;
         EXPECT_EQ(GetPackageRelativePath("", "rtsp/DRKFrame"), "");
-        EXPECT_THAT(log.Texts(kelp::log::Level::kWarn),
-                    testing::ElementsAre(
-                        "[settings] OSS_ROOT is not set: there is no package rtsp/DRKFrame"));
+        EXPECT_THAT(
+            log.Texts(kelp::log::Level::kWarn),
+            testing::ElementsAre("[settings] there is no package rtsp/DRKFrame: OSS_ROOT is not "
+                                 "set: run 'kelpd init DIR' and export what it prints"));
         EXPECT_EQ(log.Texts().size(), 1u);
     }
 }

@@ -23,7 +23,8 @@ constexpr const char* kSettings = R"({
         "nemgr": {"svctag": "nemgr", "msgProcess": {"executableFile": "nemgr"}, "threads": 12},
         "bare": 1
       }}},
-    "list": [1, 2], "truth": true, "half": 0.5, "big": 18446744073709551615, "empty": ""
+    "list": [1, 2], "truth": true, "half": 0.5, "big": 18446744073709551615, "empty": "",
+    "bare": {"nothing": {}}, "null": null
   }
 })";
 
@@ -39,6 +40,7 @@ TEST(Setting, SubGroups) {
         {"/kelp/sac/services/", 0, {"/kelp/sac/services/nemgr/", "/kelp/sac/services/trapd/"}},
         {"/kelp/sac/services", 0, {"/kelp/sac/services/nemgr/", "/kelp/sac/services/trapd/"}},
         {"/", 0, {"/kelp/"}},
+        {"/bare/", KELPSetting::SETTING_ERR_NOT_FOUND, before},
         {"/kelp/sac/agents/nemgr/", 0, {}},
         {"/kelp/sac/service", KELPSetting::SETTING_ERR_NOT_FOUND, before},
         {"/kelp/sac/services/nemgr/svctag", KELPSetting::SETTING_ERR_NOT_FOUND, before},
@@ -70,6 +72,7 @@ TEST(Setting, Parameters) {
         {"/list", KELPSetting::SETTING_ERR_FORMAT, "as it was"},
         {"/truth", KELPSetting::SETTING_ERR_FORMAT, "as it was"},
         {"/half", KELPSetting::SETTING_ERR_FORMAT, "as it was"},
+        {"/null", KELPSetting::SETTING_ERR_FORMAT, "as it was"},
         {"/kelp", KELPSetting::SETTING_ERR_NOT_FOUND, "as it was"},
         {"/kelp/sac/services/nemgr/svctag/", KELPSetting::SETTING_ERR_NOT_FOUND, "as it was"},
         {"../databases/MCDB/password", KELPSetting::SETTING_ERR_NOT_FOUND, "as it was"},

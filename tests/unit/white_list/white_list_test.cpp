@@ -16,6 +16,7 @@
 
 #include "message/identity.h"
 #include "support/captured_log.h"
+#include "support/failing_new.h"
 #include "support/temp_folder.h"
 
 namespace FrameUtil {
@@ -133,6 +134,42 @@ TEST_F(WhiteListTest, DestroyEmptiesTheList) {
     EXPECT_THAT(List(), IsEmpty());
     EXPECT_EQ(Init(Dir()), 0);
     EXPECT_THAT(List(), ElementsAre("1000"));
+}
+
+// The first allocation is the handle, the second what is behind it.
+TEST_F(WhiteListTest, HandleWithoutAnythingBehindIt) {
+    Write("1000\n");
+    {
+        const FailNthAllocation failing(1);
+        EXPECT_THROW(QWhiteList::Instance(), std::bad_alloc);
+    }
+    {
+        const FailNthAllocation failing(2);
+        EXPECT_NE(QWhiteList::Instance(), nullptr);
+        EXPECT_TRUE(failing.Fired());
+    }
+    SetProcess(0);
+    EXPECT_EQ(Init(Dir()), 0);
+    SetProcess(3001);
+    EXPECT_EQ(Init(Dir()), 0);
+    EXPECT_THAT(List(), IsEmpty());
+    EXPECT_THAT(m_log.Texts(), IsEmpty());
+}
+
+// Wherever memory runs out, the list has all of a file's entries or none.
+TEST_F(WhiteListTest, WithoutMemoryTheListIsAsItWas) {
+    const std::string longer(100, '7');
+    Write("1000\n" + longer + "\n# 1\n2000\n");
+    ASSERT_EQ(Init(Dir()), 0);
+    const auto before = List();
+    ASSERT_THAT(before, ElementsAre("1000", longer, "2000"));
+    Write("1\n2\n3\n4\n");
+    long n = 1;
+    for (; support::FailNth(n, [&] { Init(Dir()); }); ++n) {
+        EXPECT_EQ(List(), before) << n;
+    }
+    EXPECT_GT(n, 3);
+    EXPECT_THAT(List(), ElementsAre("1000", longer, "2000", "1", "2", "3", "4"));
 }
 
 // What is not a readable regular file is as good as missing, and a second line says why.
