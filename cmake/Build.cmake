@@ -15,8 +15,10 @@ endif()
 
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
-  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+  # Paths below this folder count as relative: another checkout finds what this one compiled.
+  set(cached env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${cached})
+  set(CMAKE_C_COMPILER_LAUNCHER ${cached})
 endif()
 
 find_package(Threads REQUIRED)
