@@ -57,6 +57,24 @@ class SnippetsTest(unittest.TestCase):
                 self.assertEqual(match["shown"], done.stdout.decode())
         self.assertGreater(count, 0)
 
+    # docs/tour.md: each name is in the header beside it, and each page is there.
+    def test_the_tour_leads_to_what_is_there(self):
+        rows = re.findall(r"^\| to .*?$|^\| (.*?) \| (.*?) \| (.*?) \| (.*?) \|$",
+                          (ROOT / "docs/tour.md").read_text(encoding="utf-8"), re.M)
+        rows = [row for row in rows if any(row)]
+        self.assertGreater(len(rows), 20)
+        for task, names, header, pages in rows:
+            with self.subTest(task=task):
+                for page in re.findall(r"\]\((.*?)\)", pages):
+                    self.assertTrue((ROOT / "docs" / page).is_file(), page)
+                if not header:
+                    continue
+                path = header.strip("`")
+                folder = "kelp/include" if path.startswith("kelp/") else "include"
+                declared = (ROOT / folder / path).read_text(encoding="utf-8")
+                for part in re.findall(r"\w+", names):
+                    self.assertRegex(declared, rf"\b{part}\b")
+
 
 if __name__ == "__main__":
     unittest.main()
