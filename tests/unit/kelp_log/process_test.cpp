@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -86,6 +87,18 @@ class LoggingProcess : public testing::Test {
             }
         }
         return false;
+    }
+
+    // In what comes behind "ready" the program's first thread waits for nothing but the pipe
+    // that the crash's lines go to, or has ended.
+    void WaitUntilItHangs() const {
+        const std::string path = "/proc/" + std::to_string(m_pid) + "/stat";
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        for (char state = 'R'; state != 'S' && state != 'Z';) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << state;
+            const std::string stat = ReadFile(path);
+            state = stat.at(stat.rfind(')') + 2);
+        }
     }
 
     std::string LogPath() const { return m_folder.Path("log"); }
@@ -182,6 +195,7 @@ class CrashingProcess : public LoggingProcess {
         ::fcntl(reader, F_SETPIPE_SZ, 4096);
         Start(how, format, count);
         EXPECT_TRUE(WaitUntilReady());
+        WaitUntilItHangs();
         std::string bytes;
         char block[65536];
         for (ssize_t got = 0; (got = ::read(reader, block, sizeof block)) > 0;) {
