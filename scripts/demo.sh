@@ -24,11 +24,14 @@ kelpd=$PWD/build/dev/apps/kelpd/kelpd
 nemgr=$PWD/build/dev/examples/nemgr/nemgr
 
 work=$(mktemp -d)
-snmpd_pid='' nemgr_pid='' kelpd_pid='' postgres_pid='' failures=0
+declare -A pid=() port=()  # of the servers that run, by name
+failures=0
 clean_up() {
-  for pid in $nemgr_pid $kelpd_pid $snmpd_pid $postgres_pid; do
-    kill "$pid" 2>/dev/null || true
-    wait "$pid" 2>/dev/null || true
+  for name in nemgr kelpd snmpd postgres; do
+    if [ -n "${pid[$name]:-}" ]; then
+      kill "${pid[$name]}" 2>/dev/null || true
+      wait "${pid[$name]}" 2>/dev/null || true
+    fi
   done
   rm -rf "$work"
 }
@@ -51,57 +54,76 @@ eventually() {
   done
 }
 
-# A network element on a free port of the loopback, with a configuration of its own.
-element_runs() { grep -q 'NET-SNMP version' "$work/snmpd.log" 2>/dev/null; }
-element_runs_or_ended() { element_runs || ! kill -0 "$snmpd_pid" 2>/dev/null; }
-start_element() {
+# on_a_free_port NAME: calls start_NAME, which begins a server in the background on the port
+# port[NAME] of the loopback, until one is not taken; NAME_runs tells.
+runs_or_ended() { "$1_runs" || ! kill -0 "${pid[$1]}" 2>/dev/null; }
+on_a_free_port() {
+  local name=$1
   for _ in 1 2 3 4 5; do
-    port=$((20000 + RANDOM % 40000))
-    printf '%s\n' "agentaddress udp:127.0.0.1:$port" \
-      'rwcommunity private 127.0.0.1' 'rocommunity public 127.0.0.1' >"$work/snmpd.conf"
-    rm -f "$work/snmpd.log"
-    MIBS='' SNMP_PERSISTENT_DIR=$work/state \
-      /usr/sbin/snmpd -f -C -c "$work/snmpd.conf" -Lf "$work/snmpd.log" &
-    snmpd_pid=$!
-    eventually "snmpd does not start" element_runs_or_ended
-    if element_runs; then return 0; fi
-    wait "$snmpd_pid" || snmpd_pid=''  # the port was taken
+    port[$name]=$((20000 + RANDOM % 40000))
+    "start_$name"
+    pid[$name]=$!
+    eventually "$name does not start" runs_or_ended "$name"
+    if "${name}_runs"; then return 0; fi
+    wait "${pid[$name]}" || true
+    unset "pid[$name]"
   done
-  echo "demo: no free port for snmpd: $(cat "$work/snmpd.log")" >&2
+  echo "demo: no free port for $name: $(cat "$work/$name.log")" >&2
   exit 1
 }
 
-# A database server on a free port of the loopback. Root may not run one.
+# end NAME: ends a server, which must say that all is well.
+end() {
+  kill "${pid[$1]}"
+  wait "${pid[$1]}" || failures=$((failures + 1))
+  unset "pid[$1]"
+}
+
+# A network element with a configuration of its own.
+snmpd_runs() { grep -q 'NET-SNMP version' "$work/snmpd.log" 2>/dev/null; }
+start_snmpd() {
+  printf '%s\n' "agentaddress udp:127.0.0.1:${port[snmpd]}" \
+    'rwcommunity private 127.0.0.1' 'rocommunity public 127.0.0.1' >"$work/snmpd.conf"
+  rm -f "$work/snmpd.log"
+  MIBS='' SNMP_PERSISTENT_DIR=$work/state \
+    /usr/sbin/snmpd -f -C -c "$work/snmpd.conf" -Lf "$work/snmpd.log" &
+}
+
+# The installation, and the daemon that serves it.
+kelpd_runs() { grep -q '^kelpd: ready: ' "$work/kelpd.out" 2>/dev/null; }
+start_kelpd() {
+  rm -rf "$work/nms"
+  exports=$("$kelpd" init "$work/nms" --port "${port[kelpd]}")
+  eval "$exports"
+  "$kelpd" run >"$work/kelpd.out" 2>"$work/kelpd.log" &
+}
+
+# A database server. Root may not run one.
 postgres_bin=$(ls -d /usr/lib/postgresql/*/bin 2>/dev/null | tail -n 1)
-as_postgres() { if [ "$(id -u)" = 0 ]; then runuser -u postgres -- "$@"; else "$@"; fi; }
-postgres_answers() { "$postgres_bin/pg_isready" -q -h 127.0.0.1 -p "$postgres_port"; }
-postgres_answers_or_ended() { postgres_answers || ! kill -0 "$postgres_pid" 2>/dev/null; }
+as_postgres=()  # what a command begins with; it becomes the command, with the same process id
+if [ "$(id -u)" = 0 ]; then
+  as_postgres=(setpriv --reuid=postgres --regid=postgres --init-groups)
+fi
+postgres_runs() { "$postgres_bin/pg_isready" -q -h 127.0.0.1 -p "${port[postgres]}"; }
 start_postgres() {
-  local data=$work/postgres
-  mkdir "$data"
+  "${as_postgres[@]}" "$postgres_bin/postgres" -D "$work/postgres" -p "${port[postgres]}" -h 127.0.0.1 \
+    -k "$work/postgres" >"$work/postgres.log" 2>&1 &
+}
+make_cluster() {
+  mkdir "$work/postgres"
   echo "$postgres_password" >"$work/password"
-  if [ "$(id -u)" = 0 ]; then chown postgres "$data" "$work/password"; fi
+  if [ "$(id -u)" = 0 ]; then chown postgres "$work/postgres" "$work/password"; fi
   chmod 600 "$work/password"
-  as_postgres "$postgres_bin/initdb" -D "$data" -U nemgr --pwfile="$work/password" \
+  "${as_postgres[@]}" "$postgres_bin/initdb" -D "$work/postgres" -U nemgr --pwfile="$work/password" \
     -A scram-sha-256 -E UTF8 --locale=C.UTF-8 >/dev/null
-  for _ in 1 2 3 4 5; do
-    postgres_port=$((20000 + RANDOM % 40000))
-    as_postgres "$postgres_bin/postgres" -D "$data" -p "$postgres_port" -h 127.0.0.1 -k "$data" \
-      >"$work/postgres.log" 2>&1 &
-    postgres_pid=$!
-    eventually "PostgreSQL does not start: $(cat "$work/postgres.log")" postgres_answers_or_ended
-    if postgres_answers; then return 0; fi
-    wait "$postgres_pid" || postgres_pid=''  # the port was taken
-  done
-  echo "demo: no free port for PostgreSQL: $(cat "$work/postgres.log")" >&2
-  exit 1
 }
 
 # A new installation has an SQLite database; this makes it one on the server.
 use_postgres() {
   postgres_password=$(head -c 12 /dev/urandom | od -An -tx1 | tr -d ' \n')
-  start_postgres
-  /usr/bin/python3 - "$OSS_ROOT/etc/kelp.json" "$postgres_port" "$postgres_password" <<'END'
+  make_cluster
+  on_a_free_port postgres
+  /usr/bin/python3 - "$OSS_ROOT/etc/kelp.json" "${port[postgres]}" "$postgres_password" <<'END'
 import json, sys
 path, port, password = sys.argv[1:]
 with open(path, "r+", encoding="utf-8") as file:
@@ -113,24 +135,6 @@ with open(path, "r+", encoding="utf-8") as file:
     file.truncate()
     json.dump(settings, file, indent=2)
 END
-}
-
-# The installation, and the daemon that serves it on a free port of the loopback.
-kelpd_runs() { grep -q '^kelpd: ready: ' "$work/kelpd.out"; }
-kelpd_runs_or_ended() { kelpd_runs || ! kill -0 "$kelpd_pid" 2>/dev/null; }
-start_kelpd() {
-  for _ in 1 2 3 4 5; do
-    rm -rf "$work/nms"
-    exports=$("$kelpd" init "$work/nms" --port $((20000 + RANDOM % 40000)))
-    eval "$exports"
-    "$kelpd" run >"$work/kelpd.out" 2>"$work/kelpd.log" &
-    kelpd_pid=$!
-    eventually "kelpd does not start" kelpd_runs_or_ended
-    if kelpd_runs; then return 0; fi
-    wait "$kelpd_pid" || kelpd_pid=''  # the port was taken
-  done
-  echo "demo: no free port for kelpd: $(cat "$work/kelpd.log")" >&2
-  exit 1
 }
 
 # ask PATTERN CURL-ARGUMENT...: a request to the gateway; notes a failure unless what curl
@@ -150,16 +154,11 @@ ask() {
 }
 
 start_nemgr() {
-  "$nemgr" --element "127.0.0.1:$port" --snmp-timeout-ms 500 --database MCDB \
+  "$nemgr" --element "127.0.0.1:${port[snmpd]}" --snmp-timeout-ms 500 --database MCDB \
     >"$work/nemgr.out" 2>>"$work/nemgr.log" &
-  nemgr_pid=$!
+  pid[nemgr]=$!
   eventually "nemgr does not start: $(cat "$work/nemgr.log")" \
     grep -q '^nemgr: ready$' "$work/nemgr.out"
-}
-stop_nemgr() {
-  kill "$nemgr_pid"
-  wait "$nemgr_pid" || failures=$((failures + 1))
-  nemgr_pid=''
 }
 
 # call STATUS PATTERN ARGUMENT...: runs kelpctl call, shows what it does, and notes a
@@ -181,13 +180,13 @@ call() {
 }
 
 say "1. A network element: snmpd"
-start_element
-echo "snmpd (pid $snmpd_pid) listens on 127.0.0.1:$port"
+on_a_free_port snmpd
+echo "snmpd (pid ${pid[snmpd]}) listens on 127.0.0.1:${port[snmpd]}"
 
 say "2. The platform on a single node: kelpd"
-start_kelpd
+on_a_free_port kelpd
 printf '$ kelpd init %s\n%s\n' "$work/nms" "$exports" | sed '2,$s/^/  /'
-sed "s/^/  (pid $kelpd_pid) /" "$work/kelpd.out"
+sed "s/^/  (pid ${pid[kelpd]}) /" "$work/kelpd.out"
 gateway=$(grep -oE 'https://[0-9.:]+' "$work/kelpd.out")
 ask '^\{"groupmap"' "$gateway/rest/mrb/v1/getrestgroupinfo" --cacert "$OSS_ROOT/etc/ssl/ca.crt" \
   --cert "$OSS_ROOT/etc/ssl/client.crt" --key "$OSS_ROOT/etc/ssl/client.key"
@@ -198,10 +197,10 @@ say "3. A server on the message bus: nemgr, with its inventory in $database"
 cp -r examples/nemgr/root/. "$OSS_ROOT"  # its error texts and its white list
 if [ $database = postgresql ]; then
   use_postgres
-  echo "PostgreSQL (pid $postgres_pid) listens on 127.0.0.1:$postgres_port"
+  echo "PostgreSQL (pid ${pid[postgres]}) listens on 127.0.0.1:${port[postgres]}"
 fi
 start_nemgr
-echo "nemgr (pid $nemgr_pid) serves on $(ls "$OSS_ROOT"/var/run/3001.*.sock); its log:"
+echo "nemgr (pid ${pid[nemgr]}) serves on $(ls "$OSS_ROOT"/var/run/3001.*.sock); its log:"
 sed 's/^/  /' "$work/nemgr.log"
 call 0 '^restGroups +nemgr$' nemgr readServer
 "$kelpctl" list | grep -E '^( {2})?[^ ]'
@@ -222,13 +221,13 @@ call 0 '^lo +[0-9]+ +[0-9.]+ +1 +65536' nemgr readInterfaces
 call 0 '^sysLocation +東京, 2F$' nemgr readSystem
 
 say "8. The inventory: what was read is in the database, also after a restart"
-call 0 "^element +127\.0\.0\.1:$port\$" nemgr listElements
-stop_nemgr
+call 0 "^element +127\.0\.0\.1:${port[snmpd]}\$" nemgr listElements
+end nemgr
 start_nemgr
-echo "nemgr was stopped and started again (pid $nemgr_pid)"
+echo "nemgr was stopped and started again (pid ${pid[nemgr]})"
 call 0 '^sysLocation +東京, 2F$' nemgr listElements
 call 0 '^lo +1 +65536 ' nemgr listInterfaces
-call 0 "^element +127\.0\.0\.1:$port\$" nemgr forgetElement
+call 0 "^element +127\.0\.0\.1:${port[snmpd]}\$" nemgr forgetElement
 call 18 'the inventory has no such element: 127.0.0.1' nemgr listInterfaces
 
 say "9. The large answer: the IEEE registry"
@@ -244,13 +243,11 @@ say "10. The same for programs"
 call 0 '^\{"retCode":0,"tables":\[$' nemgr findVendors prefix=00:00:0c --json
 
 say "11. A server that is not running"
-stop_nemgr
+end nemgr
 call 3 'nemgr \(3001\) is not running' nemgr readSystem
 
 say "12. The platform's end"
-kill "$kelpd_pid"
-if wait "$kelpd_pid"; then echo "kelpd ended"; else failures=$((failures + 1)); fi
-kelpd_pid=''
+end kelpd
 grep -o 'access peer=.*' "$OSS_ROOT/var/log/kelpd.log" | sed 's/^/  /'
 
 if [ $failures != 0 ]; then
