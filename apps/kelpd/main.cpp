@@ -7,6 +7,7 @@
 #include "kelp/log.h"
 #include "kelpd/config/config.h"
 #include "kelpd/config/guard.h"
+#include "kelpd/config/node_list.h"
 #include "kelpd/gateway/server.h"
 #include "kelpd/options.h"
 #include "kelpd/status.h"
@@ -34,6 +35,7 @@ int RunDaemon(const Options& options) {
     const std::string root = ChooseRoot(options.root);
     RequireOwnFolder(root);
     const Config config = ReadConfig(root);
+    RequireSoundNodeList(root);
     auto log = kelp::log::Options::FromEnvironment();
     if (log.file.empty()) {
         log.file = config.log_file;

@@ -105,6 +105,28 @@ class RefusalsTest(KelpdTest):
         os.unlink(self.root.path("etc", "rest_groups.json"))
         self.refused(3, "rest_groups.json: No such file")
 
+    # Whom processes trust hangs on it.
+    def test_node_list(self):
+        path = os.path.join(self.root.base, "manager", "etc", "sysconf", "nodelists.json")
+        for line, part, text in (
+                (1, 'no object with a list "nodeList"', "[]"),
+                (1, 'no object with a list "nodeList"', '{"nodeList": {}}'),
+                (2, 'has no text "hostname"', '{"nodeList": [\n{"IPAddresses": []}]}'),
+                (2, 'has no list "IPAddresses"', '{"nodeList": [\n{"hostname": "a"}]}'),
+                (3, 'no object with an IPv4 or IPv6 address',
+                 '{"nodeList": [{"hostname": "a",\n"IPAddresses": [{"IP": "::1"},\n"::1"]}]}'),
+                (2, 'no object with an IPv4 or IPv6 address',
+                 '{"nodeList": [{"hostname": "a", "IPAddresses":\n[{"IP": "10.0.0.256"}]}]}')):
+            with self.subTest(text):
+                with open(path, "w", encoding="utf-8") as file:
+                    file.write(text)
+                self.refused(3, f"nodelists.json:{line}: ", part)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write('{"nodeList": [\n]]')
+        self.refused(3, "nodelists.json: ", "Line 2")
+        os.unlink(path)
+        self.stop(self.serve())
+
     def test_address(self):
         with socket.socket() as other:
             other.bind(("127.0.0.1", 0))
