@@ -194,7 +194,7 @@ echo "Without a certificate of this installation the gateway does not listen:"
 ask 'certificate required' "$gateway/rest/mrb/v1/getrestgroupinfo" --cacert "$OSS_ROOT/etc/ssl/ca.crt"
 
 say "3. A server on the message bus: nemgr, with its inventory in $database"
-cp -r examples/nemgr/root/. "$OSS_ROOT"  # its error texts and its white list
+cp -r examples/nemgr/installed/. "$OSS_ROOT"  # its error texts and its white list
 if [ $database = postgresql ]; then
   use_postgres
   echo "PostgreSQL (pid ${pid[postgres]}) listens on 127.0.0.1:${port[postgres]}"

@@ -28,7 +28,7 @@ KelpAppOptions AppOptions() {
     return options;
 }
 
-// The files in root/ of this program's sources, as they stand in the installation root. One
+// The files in installed/ of this program's sources, as they stand in the installation root. One
 // that is missing or malformed is told in the log, and nemgr serves without it.
 void LoadInstalledFiles() {
     const std::string root = ns_kelpsdk_wrap::GetPackageRelativePath("", "");
