@@ -31,11 +31,12 @@ KelpAppOptions AppOptions() {
 // The files in installed/ of this program's sources, as they stand in the installation root. One
 // that is missing or malformed is told in the log, and nemgr serves without it.
 void LoadInstalledFiles() {
-    const std::string root = ns_kelpsdk_wrap::GetPackageRelativePath("", "");
-    if (!root.empty()) {
-        FrameUtil::QWhiteList::Instance()->Init(root + "/etc/");
-        nemgr::LoadErrorTexts(root + "/res/nemgr.res");
+    const std::string etc = ns_kelpsdk_wrap::GetPackageRelativePath("", "etc");
+    if (etc.empty()) {
+        return;  // there is no installation
     }
+    FrameUtil::QWhiteList::Instance()->Init(etc + "/");
+    nemgr::LoadErrorTexts(ns_kelpsdk_wrap::GetPackageRelativePath("", "res/nemgr.res"));
 }
 
 }  // namespace

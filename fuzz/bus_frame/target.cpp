@@ -4,21 +4,15 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "message/frame.h"
+#include "require.h"
 
 namespace {
 
 constexpr std::size_t kLimit = 1 << 16;
-
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 std::vector<std::string> Read(const std::uint8_t* data, std::size_t size, std::size_t piece) {
     std::vector<std::string> messages;

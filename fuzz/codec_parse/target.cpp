@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string>
@@ -17,6 +15,7 @@
 #include "frameutil/codec.h"
 #include "frameutil/paraset.h"
 #include "kelp/log.h"
+#include "require.h"
 #include "support/heap_meter.h"
 
 namespace {
@@ -66,14 +65,6 @@ constexpr As kSymmetric[] = {
 
 // A number of two octets becomes a node.
 constexpr std::size_t kMultiple = 256;
-
-// Not assert(): the claims hold in every build.
-void Require(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "codec_parse: %s\n", what);
-        std::abort();
-    }
-}
 
 const CEndeCode& Codec() {
     static const CEndeCode codec{std::string(CODEC_EXAMPLE)};

@@ -10,12 +10,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "require.h"
 #include "settings/secret_json.h"
 
 namespace {
@@ -27,14 +26,6 @@ constexpr std::string_view kReasons[] = {
     "malformed JSON (a text, a comment or an octet)",
     "malformed JSON, a doubled name, or nested too deeply",
 };
-
-// Not assert(): the claims hold in every build.
-void Require(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "configuration: %s\n", what);
-        std::abort();
-    }
-}
 
 // A file without a name, whose path opens it anew.
 class File {

@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <string>
@@ -16,6 +15,7 @@
 #include "frameutil/codec.h"
 #include "frameutil/paraset.h"
 #include "kelp/log.h"
+#include "require.h"
 #include "support/heap_meter.h"
 
 namespace {
@@ -23,14 +23,6 @@ namespace {
 using FrameUtil::CEndeCode;
 using FrameUtil::CParaSet;
 using FrameUtil::DescItem;
-
-// Not assert(): the claims hold in every build.
-void Require(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "desc_table: %s\n", what);
-        std::abort();
-    }
-}
 
 // A file without a name that holds `text`.
 class MemoryFile {

@@ -3,21 +3,15 @@
 // and what a target decodes to must decode to itself again when it is escaped.
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "kelpd/gateway/router.h"
 #include "kelpd/http/reader.h"
+#include "require.h"
 
 namespace {
 
 using namespace kelpd;
-
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 const Limits& SmallLimits() {
     static const Limits limits = [] {

@@ -2,20 +2,10 @@
 // begins with its type.
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "frameutil/strutil.h"
-
-namespace {
-
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
-
-}  // namespace
+#include "require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);

@@ -5,13 +5,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 
 #include "frameutil/paraset.h"
 #include "frameutil/records.h"
+#include "require.h"
 #include "support/heap_meter.h"
 
 namespace {
@@ -19,14 +18,6 @@ namespace {
 using FrameUtil::AsnCommonRequest;
 using FrameUtil::AsnCommonResponse;
 using FrameUtil::CParaSet;
-
-// Not assert(): the claims hold in every build.
-void Require(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "record: %s\n", what);
-        std::abort();
-    }
-}
 
 std::string Encoding(const AsnType& value) {
     AsnBuffer out;

@@ -3,23 +3,15 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
+#include "require.h"
 #include "resource/text.h"
 
 namespace {
 
 using kelp::resource::Entry;
 using kelp::resource::Fault;
-
-void Require(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "resource_file: %s\n", what);
-        std::abort();
-    }
-}
 
 bool IsPlain(std::string_view text) {
     return std::none_of(text.begin(), text.end(),

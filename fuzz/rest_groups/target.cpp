@@ -4,25 +4,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "kelp/log.h"
 #include "platform/restgroup_body.h"
+#include "require.h"
 #include "support/heap_meter.h"
 
 namespace {
 
 using FrameUtil::ReadRestGroups;
 using FrameUtil::RestGroups;
-
-// Not assert(): the claims hold in every build.
-void Require(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "rest_groups: %s\n", what);
-        std::abort();
-    }
-}
 
 std::string Quoted(const std::string& text) {
     std::string quoted = "\"";

@@ -4,20 +4,14 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "frameutil/strutil.h"
+#include "require.h"
 
 namespace {
-
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 std::vector<std::string> Items(FrameUtil::StrSpliter& items) {
     std::vector<std::string> all;

@@ -3,19 +3,13 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "frameutil/strutil.h"
+#include "require.h"
 #include "support/uid_model.h"
 
 namespace {
-
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 // A key that the factory ignores.
 bool IsNumber(const std::string& key) {

@@ -2,21 +2,14 @@
 // is worded.
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "platform/white_list_text.h"
+#include "require.h"
 
 namespace {
-
-void Require(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "white_list: %s\n", what);
-        std::abort();
-    }
-}
 
 bool IsWhite(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
